@@ -1,0 +1,128 @@
+// A playable sound: global parameters, 64 elements, four send-effect slots, a controller map.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "base/engine_shared.h"
+#include "base/shared.h"
+#include "base/text_out.h"
+#include "patch/arpeggiator_settings.h"
+#include "patch/patch_controls.h"
+
+namespace stratovane {
+
+class Element;
+
+inline constexpr int maxElements = 64;
+inline constexpr int sendSlots = 4;
+inline constexpr int firstSendSlot = 65;                      // elements 65..68
+inline constexpr int elementTotal = maxElements + sendSlots;  // numbered 1..68
+inline constexpr int globalParameters = 252;
+inline constexpr int elementParameters = 256;
+
+/// Element number and index packed as in controller maps: element * 256 + index, 0xFFFF none.
+using ParameterId = std::uint16_t;
+inline constexpr ParameterId noParameter = 0xFFFF;
+
+/// Threads. Stored values are shared: any thread reads and `store`s them. Converted values
+/// (controls()) have one owner: the builder until `handOver`, then the audio thread, which applies
+/// what others stored at the start of a render (`applyMarked`) and what it sets itself at once
+/// (`set`). Rows that load, free or build are applied by the UI thread (`applyLoading`). Texts
+/// belong to the UI thread.
+class Patch {
+  public:
+    explicit Patch(const EngineShared& shared);
+    ~Patch();
+    Patch(const Patch&) = delete;
+    Patch& operator=(const Patch&) = delete;
+
+    /// Stores a normalised value and marks it for its owner; before hand-over applies it at once.
+    /// `element` 0 is the patch, 1..64 its elements, 65..68 its send slots; others, and global
+    /// indices from 252 on, change nothing. Values outside 0..1 go to the nearer end, what is not a
+    /// number to 0. Also remembers the parameter for MIDI learn and disarms it. Any thread.
+    void store(int element, int index, float value);
+    /// As `store`, but applied at once (rows that load: by the next applyLoading). Owner: audio
+    /// thread.
+    void set(int element, int index, float value);
+    /// The stored value; 0 for what does not exist. Any thread.
+    float get(int element, int index) const;
+
+    /// Applies what was stored since: globals first, then elements, by index. Audio thread.
+    void applyMarked();
+    /// Applies rows that load, free or build content or effects. UI thread, outside a render of
+    /// this patch.
+    void applyLoading();
+    /// Whether applyMarked or applyLoading has something to do. Any thread.
+    bool waits() const;
+    /// From now on the audio thread owns the converted values. Builder.
+    void handOver() { live_ = true; }
+    /// Recomputes everything that depends on the rate in hertz. Nothing may render meanwhile.
+    void setSampleRate(double rate);
+    /// Re-applies "Fine Tune" after the engine-wide tuning changed. Any thread.
+    void refreshTuning();
+
+    /// Name and display texts; empty for what does not exist. Any thread but while texts are
+    /// changed.
+    void showName(TextOut& out, int element, int index) const;
+    void showValue(TextOut& out, int element, int index) const;
+    void showValue(TextOut& out, int element, int index, float value) const;
+
+    /// Texts by selector: 0 name, 1..68 element names, -6..-1 knob names 1..6, -7, -8, -10 the text
+    /// fields 2, 3, 1 and -9 the library codes. Cut to the field. UI thread.
+    std::string_view text(int selector) const;
+    void setText(int selector, std::string_view text);
+    std::string_view name() const { return text(0); }
+    std::string_view knobName(int knob) const { return text(knob - 7); }  // knob 1..6
+
+    const PatchControls& controls() const { return controls_; }
+    /// Elements 1..68.
+    Element& element(int number);
+    const Element& element(int number) const;
+    int elementCount() const { return elementCount_; }
+    /// Elements beyond the count stay muted and nameless. Builder.
+    void setElementCount(int count);
+    /// Fills an element with the defaults of a type and names it after the type. Builder.
+    void initElement(int number, ElementType type);
+    /// The patch of a fresh part 1: one plain analog voice. Builder.
+    void makeSawtooth();
+
+    const ArpeggiatorSettings& arpeggiator() const { return arpeggiator_; }
+
+    /// What a controller 0..127 drives; noParameter if nothing. Any thread.
+    ParameterId controllerTarget(int controller) const;
+    void assignController(int controller, ParameterId id);
+    /// The next controller offered is assigned to the parameter changed last. UI thread.
+    void armLearn();
+    /// Whether learning was armed and took the controller; it is disarmed then. Audio thread.
+    bool learn(int controller);
+    ParameterId lastChanged() const { return static_cast<ParameterId>(lastChanged_.get()); }
+
+    /// Bumped by every accepted change. Any thread.
+    std::uint32_t changes() const { return changes_.get(); }
+    /// Whether content or a filter mode changed since last asked; then notes in progress are not
+    /// resumed. Audio thread.
+    bool takeLayoutChanged() { return layoutChanged_.take() != 0; }
+
+  private:
+    friend class Element;
+    struct Texts;
+
+    const EngineShared& shared_;
+    std::array<Shared<float>, globalParameters> values_;
+    PatchControls controls_;
+    ArpeggiatorSettings arpeggiator_;
+    std::unique_ptr<Element[]> elements_;
+    std::unique_ptr<Texts> texts_;
+    std::array<Shared<std::uint16_t>, 128> controllerMap_;
+    Shared<std::int32_t> lastChanged_{noParameter};
+    SharedBits learnArmed_;
+    SharedCounter changes_;
+    SharedBits layoutChanged_;
+    int elementCount_ = 0;
+    bool live_ = false;
+};
+
+}  // namespace stratovane

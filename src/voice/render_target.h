@@ -1,0 +1,15 @@
+// Where a part's sound goes.
+#pragma once
+
+#include <cstdint>
+
+namespace stratovane {
+
+/// The outputs of one block. Audio thread.
+struct RenderTarget {
+    float* const* outputs = nullptr;  // 2 * pairs buffers
+    std::uint8_t* touched = nullptr;  // one flag an output, set by whoever writes into it
+    int pairs = 0;
+};
+
+}  // namespace stratovane
