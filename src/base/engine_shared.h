@@ -9,9 +9,10 @@ namespace stratovane {
 
 /// Threads: written by the UI thread (master gain and tuning by either), read by all.
 struct EngineShared {
-    Shared<float> masterGain{1.0f};       // Lift compensation times the square of the master volume
-    Shared<float> tuningSemitones{0.0f};  // engine-wide fine tuning
-    Shared<float> sampleRate{44100.0f};   // Hz
+    Shared<float> masterGain{1.0f};  // Lift compensation times the square of the master volume
+    Shared<float> liftCompensation{2.0f};   // what makes up for the output enhancer's gain, 1.45..2
+    Shared<float> tuningSemitones{0.0f};    // engine-wide fine tuning
+    Shared<float> sampleRate{44100.0f};     // Hz
     Shared<std::int32_t> blockFrames{256};  // largest piece the host announced
 };
 

@@ -1,0 +1,55 @@
+// The host's view of the instrument: 2528 values, their names and displays.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "automation/host_rows.h"
+#include "base/engine_shared.h"
+#include "base/published.h"
+#include "base/shared.h"
+#include "base/text_out.h"
+#include "base/trace.h"
+
+namespace stratovane {
+
+class CommandRing;
+class Engine;
+struct MultiSetup;
+
+/// Most values live in the parts' patches; the others, and the last value set of each, are held
+/// here. Threads: set and get from any; names and displays on the UI thread.
+class HostParameters {
+  public:
+    HostParameters(EngineShared& shared, MultiSetup& multi, CommandRing& commands);
+
+    /// From now on values reach the engine's patches; the master effects' 96 values are pushed at
+    /// once. UI thread.
+    void attach(Engine& engine);
+
+    /// Limited to 0..1; an index that does not exist is ignored.
+    void set(int index, float value);
+    /// What set stored, or the patch's own value where a part parameter is mapped; 0 for no
+    /// parameter.
+    float get(int index) const;
+    void showName(TextOut& out, int index) const;
+    void showValue(TextOut& out, int index) const;
+
+    /// Sets the master gain from the master volume and the output enhancer's compensation.
+    void refreshMasterGain();
+    /// The value last set, whatever the patch says.
+    float stored(int index) const { return values_[static_cast<std::size_t>(index)]; }
+
+  private:
+    void setStrip(const HostAddress& address, float value);
+    bool mapped(const HostAddress& address) const;
+    void showOwn(TextOut& out, const HostAddress& address, float value) const;
+
+    EngineShared& shared_;
+    MultiSetup& multi_;
+    CommandRing& commands_;
+    Published<Engine> engine_;
+    std::array<Shared<float>, hostParameters> values_;
+};
+
+}  // namespace stratovane

@@ -1,0 +1,121 @@
+// The sound engine: sixteen parts and their patches, rendered block by block.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "base/engine_shared.h"
+#include "base/random.h"
+#include "base/trace.h"
+#include "base/units.h"
+#include "engine/lift.h"
+#include "engine/part_events.h"
+#include "engine/playing_chain.h"
+
+namespace stratovane {
+
+class Transport;
+
+/// What one block needs. `outputs` holds two buffers a pair; null ones are skipped.
+struct RenderBlock {
+    const PartEventLists* events = nullptr;
+    float* const* outputs = nullptr;
+    std::int32_t frames = 0;
+    bool replace = true;  // else the sound is added to what the buffers hold
+};
+
+/// Threads: `render`, `handleAtOnce` and `allSoundOff` are the audio thread's, everything else the
+/// UI thread's unless it says "any". Nothing on the audio thread allocates or locks.
+class Engine {
+  public:
+    Engine(EngineShared& shared, Trace& trace, int outputPairs);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    int outputPairs() const { return pairs_; }
+    /// The patch that settings of a part go to: the one handed over last. Any thread.
+    Patch& patch(int part) const { return chain(part).current().patch(); }
+    PartEngine& current(int part) const { return chain(part).current(); }
+    /// Holds the four master effects as its elements 65..68. Any thread, as Patch says.
+    Patch& master() { return master_; }
+    const Patch& master() const { return master_; }
+    const EngineShared& shared() const { return shared_; }
+
+    /// A fresh instance for a part, at the current rate, to be filled and adopted.
+    std::unique_ptr<PartEngine> makeInstance(int part);
+    /// Makes a filled instance the part's current one; the one before it retires at the next block.
+    void adopt(int part, std::unique_ptr<PartEngine> instance);
+
+    /// Rate and largest block of everything; filter states and overload report are cleared. Nothing
+    /// may render meanwhile.
+    void setSampleRate(double rate, std::int32_t blockFrames);
+    /// Output enhancer, 0..1; the master gain's compensation follows. Clears the overload report.
+    void setLift(float amount);
+    /// Retiring patches end within four blocks. Any thread.
+    void retireAll() { retireAll_ = retireAllBlocks; }
+
+    /// One block; the transport has been followed up to its first frame and is moved to its end.
+    void render(const RenderBlock& block, Transport& transport);
+    /// Gives an event to a part between two blocks.
+    void handleAtOnce(int part, const EventRecord& event) { handleEvent(chain(part), event); }
+    /// Releases every voice of a part, retiring instances included.
+    void allSoundOff(int part);
+
+    /// One part's idle step, and the deletion of one instance that went silent three blocks ago.
+    void idle();
+    /// Whether something waits for idle or for the next block.
+    bool busy() const;
+    /// Highest number of sounding voices since last asked.
+    int takeHighestVoices();
+
+  private:
+    static constexpr std::int32_t retireAllBlocks = 4;
+    static constexpr std::uint32_t keepDeadBlocks = 3;
+
+    PlayingChain& chain(int part) const { return *chains_[static_cast<std::size_t>(part)]; }
+    void handleEvent(PlayingChain& chain, const EventRecord& event);
+    /// Both answer false when the piece was silenced for an overload.
+    bool renderPiece(const RenderBlock& block, std::int32_t from, std::int32_t frames,
+                     const MusicalTime& time, bool last);
+    void renderPart(int part, const PartEvents& events, std::int32_t from, std::int32_t frames,
+                    const MusicalTime& time, bool last);
+    bool finishPiece(const RenderBlock& block, std::int32_t from, std::int32_t frames);
+    bool overloaded(std::int32_t frames) const;
+    RenderTarget target();
+
+    EngineShared& shared_;
+    Trace& trace_;
+    const int pairs_;
+    Random seeds_;  // UI thread
+    Patch master_;
+    std::array<std::unique_ptr<PlayingChain>, parts> chains_;
+    DeadList dead_;
+    Lift lift_;
+    float liftAmount_ = 0;
+
+    // Audio thread
+    std::vector<float> samples_;  // 2 * pairs_ buffers of blockFrames_
+    std::vector<float*> buffers_;
+    std::vector<std::uint8_t> touched_;
+    std::array<std::size_t, parts> nextEvent_{};
+    std::int32_t blockFrames_ = 256;
+    std::int32_t retiringRenders_ = 0;
+    bool freeVoices_ = false;  // after an overload, at the next block
+
+    // Either thread
+    Shared<std::int32_t> retireAll_{0};  // blocks the countdown still runs
+    Shared<bool> overloadReported_{false};
+    Shared<std::uint32_t> blocks_{0};        // blocks rendered, wraps
+    Shared<std::uint32_t> retireAt_{0};      // no instance is deleted before this block has passed
+    Shared<std::int32_t> retiringCount_{0};  // retiring instances rendered in the last block
+    Shared<std::int32_t> highestVoices_{0};
+
+    // UI thread
+    int idlePart_ = -1;
+    std::int32_t tracedRetiring_ = 0;
+};
+
+}  // namespace stratovane

@@ -1,0 +1,65 @@
+// What the sixteen parts have beside their patches: MIDI selections, links, waiting program
+// changes.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "base/ring.h"
+#include "base/shared.h"
+#include "base/units.h"
+
+namespace stratovane {
+
+/// A program change that waits for the idle call: library location with bit 16 set while it waits.
+inline constexpr std::uint32_t programWaits = 0x10000;
+inline constexpr std::int32_t nullParameterNumber = 16383;
+
+struct PartSetup {
+    Shared<std::int32_t> location{0};    // bank << 8 | program of what it plays, 0 none. UI thread
+    SharedBits pendingProgram;           // location and programWaits
+    Shared<std::int32_t> bankSelect{0};  // MSB << 7 | LSB
+    Shared<std::int32_t> parameterNumber{0};  // RPN, or NRPN with bit 14. Audio thread
+    Shared<bool> linked{false};               // its events also go to the next part
+    std::array<Shared<float>, 6> knobs;       // of the patch, for the editor
+    SharedCounter changes;                    // the editor redraws
+};
+
+/// The combi slots that program changes and step controllers choose from.
+struct CombiTable {
+    static constexpr std::int32_t none = -1;
+    std::array<Shared<std::int32_t>, 128> entries;  // library location 30720..32767, or none
+    Shared<std::int32_t> current{none};
+    Shared<std::int32_t> lastController{63};
+
+    CombiTable() {
+        for (auto& entry : entries) entry = none;
+    }
+    /// The location in a slot; none for what is no combi location.
+    std::int32_t at(int slot) const {
+        const std::int32_t location = entries[static_cast<std::size_t>(slot)];
+        return location >= 30720 && location <= 32767 ? location : none;
+    }
+};
+
+/// What loads content is asked for on the audio thread and done by the idle call, in order.
+struct Request {
+    enum class Kind : std::int32_t { loadCombi } kind = Kind::loadCombi;
+    std::int32_t argument = 0;  // a location
+    float value = 0;
+};
+
+/// Threads: as each member says; what two threads use is shared.
+struct MultiSetup {
+    std::array<PartSetup, parts> part;
+    CombiTable combis;
+    SharedCounter programRequests;          // bumped by whoever asks for a program
+    Shared<bool> defaultPatchWanted{true};  // bank 84, program 0 for part 1, at the first idle call
+    Shared<bool> generalMidi{false};
+    Shared<std::int32_t> refresh{0};  // the editor polls it. UI thread
+    Shared<bool> dirty{false};
+    Shared<bool> patchLoaded{false};  // asks the host to update its display. UI thread
+    Ring<Request, 256> requests;
+};
+
+}  // namespace stratovane

@@ -1,0 +1,63 @@
+#include "engine/playing_chain.h"
+
+namespace stratovane {
+
+DeadList::~DeadList() {
+    while (head_ != nullptr) {
+        ChainNode* next = head_->next.read();
+        delete head_;
+        head_ = next;
+    }
+}
+
+bool DeadList::deleteOldest() {
+    // The last node stays, emptied: the audio thread may be about to append to it.
+    if (!head_->instance) {
+        ChainNode* next = head_->next.read();
+        if (next == nullptr) return false;
+        delete head_;
+        head_ = next;
+    }
+    head_->instance.reset();
+    return true;
+}
+
+PlayingChain::PlayingChain(std::unique_ptr<PartEngine> first)
+    : current_{first.get()}, head_{new ChainNode}, handOver_{new ChainNode}, tail_{handOver_} {
+    head_->instance = std::move(first);
+}
+
+PlayingChain::~PlayingChain() {
+    while (head_ != nullptr) {
+        ChainNode* older = head_->older;
+        delete head_;
+        head_ = older;
+    }
+    while (handOver_ != nullptr) {
+        ChainNode* next = handOver_->next.read();
+        delete handOver_;
+        handOver_ = next;
+    }
+}
+
+void PlayingChain::append(std::unique_ptr<PartEngine> instance) {
+    auto* fresh = new ChainNode;
+    PartEngine* added = instance.get();
+    tail_->instance = std::move(instance);
+    ChainNode* filled = tail_;
+    tail_ = fresh;
+    current_.publish(added);
+    filled->next.publish(fresh);
+}
+
+bool PlayingChain::adopt() {
+    ChainNode* successor = handOver_->next.read();
+    if (successor == nullptr) return false;
+    ChainNode* filled = handOver_;
+    handOver_ = successor;
+    filled->older = head_;
+    head_ = filled;
+    return true;
+}
+
+}  // namespace stratovane

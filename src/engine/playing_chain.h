@@ -1,0 +1,88 @@
+// The instances of one part: what is handed over, what plays, what retires.
+#pragma once
+
+#include <memory>
+
+#include "base/published.h"
+#include "voice/part_engine.h"
+
+namespace stratovane {
+
+/// One instance on its way: appended by the UI thread, played and retired by the audio thread,
+/// deleted by the UI thread again.
+struct ChainNode {
+    std::unique_ptr<PartEngine> instance;  // set before the node's successor is published
+    Published<ChainNode> next;             // in the hand-over list, later in the dead list
+    ChainNode* older = nullptr;            // in the playing chain. Audio thread
+};
+
+/// Instances that no longer sound, waiting to be deleted.
+/// Threads: `append` is the audio thread's, the rest the UI thread's.
+class DeadList {
+  public:
+    DeadList() : head_{new ChainNode}, tail_{head_} {}
+    ~DeadList();
+    DeadList(const DeadList&) = delete;
+    DeadList& operator=(const DeadList&) = delete;
+
+    void append(ChainNode* node) {
+        node->next.publish(nullptr);
+        tail_->next.publish(node);
+        tail_ = node;
+    }
+    /// Deletes the oldest instance, if any; answers whether there was one.
+    bool deleteOldest();
+    bool empty() const { return !head_->instance && head_->next.read() == nullptr; }
+
+  private:
+    ChainNode* head_;  // UI thread; a node whose instance is gone already, or the oldest
+    ChainNode* tail_;  // audio thread
+};
+
+/// Threads: `append`, `current` and destruction are the UI thread's, the rest the audio thread's.
+class PlayingChain {
+  public:
+    explicit PlayingChain(std::unique_ptr<PartEngine> first);
+    ~PlayingChain();
+    PlayingChain(const PlayingChain&) = delete;
+    PlayingChain& operator=(const PlayingChain&) = delete;
+
+    /// Makes an instance the part's current one and hands it to the audio thread. UI thread.
+    void append(std::unique_ptr<PartEngine> instance);
+    /// The instance appended last, played already or not; what is set goes there. Any thread.
+    PartEngine& current() const { return *current_.read(); }
+
+    /// Takes over one waiting instance; answers whether there was one. Audio thread.
+    bool adopt();
+    bool handOverWaits() const { return handOver_->next.read() != nullptr; }
+    /// The playing instance; those behind it retire. Audio thread.
+    ChainNode* head() const { return head_; }
+    /// Unlinks the last node when it may go (`mayGo`), at most one a call. Audio thread.
+    template <class MayGo>
+    void retireLast(DeadList& dead, MayGo mayGo) {
+        ChainNode* before = head_;
+        if (before->older == nullptr) return;
+        while (before->older->older != nullptr) before = before->older;
+        ChainNode* last = before->older;
+        const bool first = before == head_;
+        if (!mayGo(*last->instance, first)) return;
+        before->older = nullptr;
+        dead.append(last);
+    }
+
+    /// Every instance there is, waiting ones included. Nothing may render meanwhile.
+    template <class Visit>
+    void forEach(Visit visit) {
+        for (ChainNode* node = head_; node != nullptr; node = node->older) visit(*node->instance);
+        for (ChainNode* node = handOver_; node != nullptr; node = node->next.read())
+            if (node->instance) visit(*node->instance);
+    }
+
+  private:
+    Published<PartEngine> current_;
+    ChainNode* head_;      // audio thread
+    ChainNode* handOver_;  // audio thread: the node that is filled next
+    ChainNode* tail_;      // UI thread: the empty node that the next instance goes into
+};
+
+}  // namespace stratovane

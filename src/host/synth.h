@@ -1,0 +1,122 @@
+// The sound-producing plug-in object: answers the host and delegates.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "automation/host_parameters.h"
+#include "base/engine_shared.h"
+#include "base/render_gate.h"
+#include "base/trace.h"
+#include "content/content_library.h"
+#include "engine/command_ring.h"
+#include "engine/content_presence.h"
+#include "engine/multi_setup.h"
+#include "engine/transport.h"
+#include "host/midi_echo.h"
+#include "host/program_list.h"
+#include "midi/midi_input.h"
+#include "mrx/host_plugin_base.h"
+#include "persistence/library_loader.h"
+#include "platform/settings_store.h"
+#include "settings/settings.h"
+
+namespace stratovane {
+
+class Engine;
+
+/// Threads: processEvents, process and processReplacing are the audio thread's; setParameter and
+/// getParameter come from either; every other request is the UI thread's.
+class Synth : public HostPluginBase {
+  public:
+    explicit Synth(HostCallback host);
+    ~Synth() override;
+
+    void setParameter(std::int32_t index, float value) override;
+    float getParameter(std::int32_t index) override;
+    void process(float** inputs, float** outputs, std::int32_t frames) override;
+    void processReplacing(float** inputs, float** outputs, std::int32_t frames) override;
+
+    /// Where the content library lives from now on; stored when a library is there. Answers
+    /// whether.
+    bool setContentLocation(std::string_view path);
+
+  protected:
+    void setProgramName(const char* name) override;
+    void getProgramName(char* name) override;
+    void getParameterDisplay(std::int32_t index, char* text) override;
+    void getParameterName(std::int32_t index, char* text) override;
+    std::int32_t getChunk(void** data, bool preset) override;
+    std::int32_t setChunk(const void* data, std::int32_t size, bool preset) override;
+    void resume() override;
+    std::int32_t processEvents(const EventList* events) override;
+    std::int32_t getProgramNameIndexed(std::int32_t category, std::int32_t index,
+                                       char* name) override;
+    bool copyProgram(std::int32_t destination) override;
+    bool getOutputProperties(std::int32_t index, OutputProperties* properties) override;
+    std::int32_t getPlugCategory() override;
+    bool getEffectName(char* text) override;
+    bool getVendorString(char* text) override;
+    bool getProductString(char* text) override;
+    std::intptr_t vendorSpecific(std::int32_t index, std::intptr_t value, void* pointer,
+                                 float number) override;
+    std::int32_t canDo(const char* text) override;
+    std::int32_t fxIdle() override;
+    std::int32_t keysRequired() override;
+    std::int32_t getMidiProgramName(std::int32_t channel, MidiProgramName* program) override;
+    std::int32_t getCurrentMidiProgram(std::int32_t channel, MidiProgramName* program) override;
+    std::int32_t getMidiProgramCategory(std::int32_t channel,
+                                        MidiProgramCategory* category) override;
+    bool hasMidiProgramsChanged(std::int32_t channel) override;
+    void onUserInterfaceRequest() override;
+
+    /// The last step of construction, once the whole object is there.
+    void finishConstruction();
+
+  private:
+    enum class Output { replace, add };
+
+    void identifyHost();
+    void loadProgram(int part, std::int32_t location, bool isDefaultPatch);
+    void lazyInit(const char* caller);
+    void updateMidiLists();
+    void publishPresence();
+    void render(float** outputs, std::int32_t frames, Output output);
+    void drainCommands();
+    void loadWaitingPrograms();
+    void handleRequests();
+    bool busy() const;
+
+    Trace trace_;
+    SettingsStore store_;
+    Settings settings_;
+    EngineShared shared_;
+    MultiSetup multi_;
+    CommandRing commands_;
+    ContentPresence presence_;
+    Transport transport_;     // audio thread
+    ContentLibrary library_;  // UI thread
+    ProgramList programs_{library_};
+    LibraryLoader loader_{library_, multi_, trace_};
+    HostParameters parameters_{shared_, multi_, commands_};
+    MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
+    MidiEcho echo_;
+    std::unique_ptr<Engine> engine_;
+    RenderGate gate_;
+    Shared<bool> resumed_{false};  // written while the gate is held
+    Shared<bool> hidesParameters_{false};
+
+    // UI thread
+    std::array<char, programNameSize> programName_{"Stratovane 2"};
+    std::array<char, 256> statusText_{};
+    bool lazyInitPending_ = true;
+    bool resumesItself_ = false;   // under a host that never asks for it
+    bool followsPlayback_ = true;  // the host's inspector can update while it plays
+    bool contentFound_ = false;
+    bool inside_ = false;            // a message box may let the host call in again
+    std::int32_t selectedPart_ = 0;  // whose preset chunks are meant
+    std::uint32_t handledRequests_ = 0;
+};
+
+}  // namespace stratovane

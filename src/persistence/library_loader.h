@@ -1,0 +1,36 @@
+// Programs of the content library into parts.
+#pragma once
+
+#include <cstdint>
+
+#include "base/trace.h"
+
+namespace stratovane {
+
+class ContentLibrary;
+struct MultiSetup;
+
+/// UI thread.
+class LibraryLoader {
+  public:
+    static constexpr std::int32_t next = -1, again = -2, previous = -3;
+
+    enum class AskedBy {
+        message,
+        editor
+    };  // what a message asked for leaves the bank selection alone
+
+    LibraryLoader(const ContentLibrary& library, MultiSetup& multi, Trace& trace)
+        : library_{library}, multi_{multi}, trace_{trace} {}
+
+    /// Loads a location, or steps from the part's own to the next or previous program that has a
+    /// name. Answers the location, 0 when nothing was loaded.
+    std::int32_t load(int part, std::int32_t location, AskedBy by);
+
+  private:
+    const ContentLibrary& library_;
+    MultiSetup& multi_;
+    Trace& trace_;
+};
+
+}  // namespace stratovane
