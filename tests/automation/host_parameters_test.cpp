@@ -1,0 +1,189 @@
+#include "automation/host_parameters.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "engine/command_ring.h"
+#include "engine/engine.h"
+#include "engine/multi_setup.h"
+
+namespace stratovane {
+namespace {
+
+struct Rig {
+    EngineShared shared;
+    Trace trace;
+    MultiSetup multi;
+    CommandRing commands;
+    HostParameters parameters{shared, multi, commands};
+    Engine engine{shared, trace, 4};
+    Rig() { parameters.attach(engine); }
+
+    std::string name(int index) const { return text(index, &HostParameters::showName); }
+    std::string display(int index, float value) {
+        parameters.set(index, value);
+        return text(index, &HostParameters::showValue);
+    }
+    std::string text(int index, void (HostParameters::*show)(TextOut&, int) const) const {
+        char buffer[64];
+        TextOut out{buffer};
+        (parameters.*show)(out, index);
+        return std::string{out.view()};
+    }
+};
+
+TEST(HostParameters, Names) {
+    const Rig rig;
+    const std::pair<int, const char*> names[] = {
+        {0, "Master Volume"},
+        {1, " Part 1  Mute"},
+        {2, "Part 1  Level"},
+        {152, "Part 2  Link to Ch.1"},
+        {15 * 152, "Part 16  Link to Ch.15"},
+        {2 * 152 + 27, " Part 3  Bend Up"},
+        {152 + 9, " Part 2  Edit Knob 1"},
+        {46, "Part 1  Arp. Gate"},
+        {50, " Part 1  "},
+        {56, " Part 1  "},
+        {56 + 18, "Part 1  FX Output Mix"},
+        {56 + 24 * 3 + 19, "Part 1  FX Output Pan"},
+        {2432, " FX1  Mute"},
+        {2432 + 24 + 18, "FX2  Output Level"},
+        {2432 + 24 * 3 + 23, "FX4  Send to FX4"},
+        {2432 + 17, " FX1  Output"},
+        {2432 + 1, " FX1  "},  // no effect, no name
+    };
+    for (const auto& [index, name] : names) EXPECT_EQ(rig.name(index), name) << index;
+    rig.engine.patch(1).setText(-6, "Brightness");
+    EXPECT_EQ(rig.name(152 + 9), " Part 2  Brightness");
+}
+
+TEST(HostParameters, Displays) {
+    Rig rig;
+    struct Case {
+        int index;
+        float value;
+        const char* text;
+    };
+    const Case cases[] = {
+        {0, 0.5f, "-6.0 dB"},
+        {0, 0.0f, "-oo"},
+        {0, 1.0f, "+6.0 dB"},
+        {1, 0.6f, "Mute"},
+        {1, 0.5f, "-"},
+        {2, 0.70710678f, "+0.0 dB"},
+        {3, 0.5f, "<C>"},
+        {3, 1.0f, "R64"},
+        {3, 0.0f, "L64"},
+        {4, 0.05f, "2"},
+        {4, 0.0f, "1"},
+        {4, 1.0f, "4"},
+        {5, 0.5f, "-6.0 dB"},
+        {9, 0.3f, "30%"},
+        {23, 1.0f, "100%"},
+        {24, 0.6f, "Use Patch FX (if any)"},
+        {24, 0.5f, "Use Global FX"},
+        {25, 0.51f, "On"},
+        {25, 0.5f, "Off"},
+        {31, 0.25f, "-50 %"},
+        {45, 0.5f, "50%"},
+        {46, 0.25f, "25 %"},
+        {152, 0.7f, "On"},
+        {56 + 18, 0.5f, "-6.0 dB"},
+        {56 + 19, 0.75f, "R32"},
+        {56 + 1, 0.5f, "50%"},
+        {2432, 1.0f, "MUTE"},
+        {2432, 0.0f, "PLAY"},
+        {2432 + 17, 0.0f, "OFF"},
+        {2432 + 17, 0.15f, "2"},
+        {2432 + 17, 1.0f, "4"},
+        {2432 + 18, 0.5f, "+0.0 dB"},
+        {2432 + 19, 0.5f, "<C>"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(rig.display(c.index, c.value), c.text) << c.index;
+}
+
+TEST(HostParameters, ReachPatchesAndComeBack) {
+    Rig rig;
+    std::mt19937 random{5};
+    std::uniform_real_distribution<float> values{0.0f, 1.0f};
+    for (int index = 1; index < hostParameters; ++index) {
+        const float v = values(random);
+        rig.parameters.set(index, v);
+        EXPECT_NEAR(rig.parameters.get(index), v, 1e-6f) << index;
+        const HostAddress a = decodeHostIndex(index);
+        if (hostRow(a).target < 0) continue;
+        const Patch& patch =
+            a.block == HostBlock::master ? rig.engine.master() : rig.engine.patch(a.part);
+        const int element = a.block == HostBlock::strip ? 0 : firstSendSlot + a.slot;
+        const bool rate = a.block == HostBlock::strip && a.row == strip::arpeggiatorRate;
+        EXPECT_NEAR(patch.get(element, hostRow(a).target), rate ? v * 0.8f + 0.2f : v, 1e-6f)
+            << index;
+    }
+    // What a patch says is what the host reads; what no patch holds, or an insert, is what was set.
+    rig.engine.patch(4).store(0, 67, 0.25f);
+    EXPECT_EQ(rig.parameters.get(4 * 152 + 2), 0.25f);
+    rig.engine.patch(4).store(0, 23, 0.0f);
+    EXPECT_EQ(rig.parameters.get(4 * 152 + 45), 0.0f);
+}
+
+TEST(HostParameters, LimitWhatTheyAreGiven) {
+    Rig rig;
+    for (const auto& [given, stored] :
+         {std::pair{1.5f, 1.0f}, {-0.2f, 0.0f}, {std::nanf(""), 0.0f}}) {
+        rig.parameters.set(25, given);
+        EXPECT_EQ(rig.parameters.get(25), stored);
+    }
+    rig.parameters.set(-1, 1);
+    rig.parameters.set(hostParameters, 1);
+    EXPECT_EQ(rig.parameters.get(-1), 0.0f);
+    EXPECT_EQ(rig.parameters.get(hostParameters), 0.0f);
+}
+
+TEST(HostParameters, StartAsDocumented) {
+    EngineShared shared;
+    MultiSetup multi;
+    CommandRing commands;
+    const HostParameters parameters{shared, multi, commands};
+    for (int index = 0; index < hostParameters; ++index) {
+        float expected = 0;
+        if (index < 2432) {
+            const int k = index % 152, r = (k - 56) % 24;
+            if (k == 3 || k == 21 || k == 22 || k == 23 || index == 0) expected = 0.5f;
+            if (k == 4) expected = 0.05f;
+            if (k == 16 || k == 19) expected = 1.0f;
+            if (k == 26) expected = 0.7087f;
+            if (k >= 56 && (r == 18 || r == 19)) expected = 0.5f;
+        } else {
+            const int r = (index - 2432) % 24;
+            if (r == 17) expected = 0.05f;
+            if (r == 18 || r == 19) expected = 0.5f;
+        }
+        EXPECT_EQ(parameters.get(index), expected) << index;
+    }
+}
+
+TEST(HostParameters, SetMasterGainLinksAndMutes) {
+    Rig rig;
+    const float g = 2.2f * 0.5f;
+    rig.engine.setLift(0.5f);
+    rig.parameters.set(0, 0.5f);
+    EXPECT_FLOAT_EQ(rig.shared.masterGain, (8 - g) * 0.25f * 0.25f);
+    rig.parameters.set(152, 1.0f);
+    EXPECT_TRUE(rig.multi.part[0].linked);
+    EXPECT_EQ(rig.commands.takeLinkedOff(), 0u);
+    rig.parameters.set(152, 0.0f);
+    EXPECT_FALSE(rig.multi.part[0].linked);
+    EXPECT_EQ(rig.commands.takeLinkedOff(), 2u);
+    rig.parameters.set(152, 0.0f);
+    EXPECT_EQ(rig.commands.takeLinkedOff(), 0u);
+    rig.parameters.set(152 * 3 + 1, 1.0f);
+    EXPECT_EQ(rig.commands.takeOff(), 8u);
+    rig.parameters.set(152 * 3 + 1, 0.9f);
+    EXPECT_EQ(rig.commands.takeOff(), 0u);
+}
+
+}  // namespace
+}  // namespace stratovane

@@ -1,0 +1,282 @@
+// The plug-in as a host sees it, through the library's entry point.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "host/test_host.h"
+
+namespace stratovane {
+namespace {
+
+TEST(Boundary, FillsTheEffectRecord) {
+    TestHost host;
+    ASSERT_NE(host.record, nullptr);
+    const EffectRecord& r = *host.record;
+    EXPECT_EQ(r.magic, 'M' << 24 | 'r' << 16 | 'x' << 8 | 'P');
+    EXPECT_EQ(r.programCount, 1);
+    EXPECT_EQ(r.parameterCount, 2528);
+    EXPECT_EQ(r.inputCount, 0);
+    EXPECT_EQ(r.outputCount, 8);
+    EXPECT_EQ(r.flags, 0x131);
+    EXPECT_EQ(r.uniqueId, fourCharacters("QvRR"));
+    EXPECT_EQ(r.version, 1);
+    EXPECT_EQ(r.inputOutputRatio, 1.0f);
+    EXPECT_NE(r.object, nullptr);
+    EXPECT_EQ(r.userPointer, nullptr);
+    for (const char c : r.future) EXPECT_EQ(c, 0);
+    EXPECT_EQ(host.requests.front(), static_cast<std::int32_t>(HostRequest::version));
+    EXPECT_EQ(host.sent(HostRequest::needIdle), 1);
+}
+
+TEST(Boundary, RefusesAHostThatDoesNotAnswer) {
+    TestHost host{{}, {.answers = false}};
+    EXPECT_EQ(host.record, nullptr);
+}
+
+TEST(Boundary, AnswersRequests) {
+    TestHost host;
+    EXPECT_EQ(host.ask(Opcode::identify), fourCharacters("ZqRk"));
+    EXPECT_EQ(host.ask(Opcode::interfaceVersion), 2300);
+    EXPECT_EQ(host.ask(Opcode::plugCategory), 2);
+    EXPECT_EQ(host.ask(Opcode::categoryCount), 1);
+    EXPECT_EQ(host.ask(Opcode::vendorVersion), 0);
+    EXPECT_EQ(host.ask(Opcode::keysRequired), 0);
+    EXPECT_EQ(host.ask(Opcode::canBeAutomated, 99), 1);
+    EXPECT_EQ(host.ask(Opcode::copyProgram), 1);
+    EXPECT_EQ(host.ask(Opcode::getMeterLevel), 0);
+    EXPECT_EQ(host.ask(Opcode::idle), 1);
+    for (const std::int32_t unknown : {16, 17, 27, 31, 46, 66, 1000, -1})
+        EXPECT_EQ(host.ask(static_cast<Opcode>(unknown)), 0) << unknown;
+    EXPECT_EQ(host.text(Opcode::effectName), "Stratovane 2");
+    EXPECT_EQ(host.text(Opcode::productString), "Stratovane 2");
+    EXPECT_EQ(host.text(Opcode::vendorString), "Taldrimor");
+    EXPECT_EQ(host.text(Opcode::getParameterLabel, 5), "");
+    // Program number and name
+    host.ask(Opcode::setProgram, 0, 1);
+    EXPECT_EQ(host.ask(Opcode::getProgram), 0);
+    EXPECT_EQ(host.text(Opcode::getProgramName), "Stratovane 2");
+    char longName[] = "a name of more than thirty-one characters";
+    host.ask(Opcode::setProgramName, 0, 0, longName);
+    EXPECT_EQ(host.text(Opcode::getProgramName), std::string{longName}.substr(0, 31));
+    EXPECT_EQ(host.text(Opcode::programNameIndexed, 17), std::string{longName}.substr(0, 31));
+    // Every request that wants a pointer survives none.
+    for (std::int32_t opcode = 2; opcode < 70; ++opcode)
+        host.ask(static_cast<Opcode>(opcode), 0, 0, nullptr);
+    EXPECT_EQ(host.text(Opcode::effectName), "Stratovane 2");
+}
+
+TEST(Boundary, SaysWhatItCanDo) {
+    struct Case {
+        const char* setting;
+        std::intptr_t names;
+    };
+    for (const Case& c : {Case{"OFF", -1}, {"1", -1}, {"2", 1}, {"3", 1}, {"ON", 1}, {"9", 1}}) {
+        TestHost host{std::string{"MIDI Patches="} + c.setting + "\n"};
+        auto can = [&](const char* text) {
+            return host.ask(Opcode::canDo, 0, 0, const_cast<char*>(text));
+        };
+        EXPECT_EQ(can("midiProgramNames"), c.names) << c.setting;
+        EXPECT_EQ(can("receiveMrxEvents"), 1);
+        EXPECT_EQ(can("sendMrxMidiEvent"), 1);
+        EXPECT_EQ(can("receivemrxevents"), -1);
+        EXPECT_EQ(can("receiveMrxEvents "), -1);
+    }
+}
+
+TEST(Boundary, DescribesItsOutputs) {
+    struct Case {
+        const char* letters;
+        std::int32_t outputs;
+        const char* labels;
+        std::vector<std::int32_t> flags, arrangements;
+    };
+    const Case cases[] = {
+        {"SMS",
+         6,
+         "Strato 1,Strato 1,Strato 2L,Strato 2R,Strato 3,Strato 3",
+         {3, 3, 1, 1, 3, 3},
+         {1, 1, 0, 0, 1, 1}},
+        {"QQ", 4, "Strato 1+2,Strato 1+2,Strato 1+2,Strato 1+2", {7, 7, 7, 7}, {11, 11, 11, 11}},
+    };
+    for (const Case& c : cases) {
+        TestHost host{std::string{"Outputs="} + c.letters + "\n"};
+        ASSERT_EQ(host.record->outputCount, c.outputs);
+        std::string labels;
+        for (std::int32_t i = 0; i < c.outputs; ++i) {
+            OutputProperties p;
+            EXPECT_EQ(host.ask(Opcode::getOutputProperties, i, 0, &p), 1);
+            EXPECT_EQ(p.flags, c.flags[static_cast<std::size_t>(i)]);
+            EXPECT_EQ(p.arrangement, c.arrangements[static_cast<std::size_t>(i)]);
+            EXPECT_LE(std::strlen(p.shortLabel), 7u);
+            labels += (i == 0 ? "" : ",") + std::string{p.label};
+        }
+        EXPECT_EQ(labels, c.labels);
+        OutputProperties untouched;
+        std::memset(&untouched, 0x55, sizeof untouched);
+        for (const std::int32_t outside : {-1, c.outputs}) {
+            EXPECT_EQ(host.ask(Opcode::getOutputProperties, outside, 0, &untouched), 0);
+            EXPECT_EQ(untouched.flags, 0x55555555);
+        }
+    }
+    EXPECT_EQ(TestHost{"Outputs=SSSSSSSSSSSSSSSSS\n"}.record->outputCount, 8);
+    EXPECT_EQ(TestHost{"Outputs=SSSSSSSSSSSSSSSS\n"}.record->outputCount, 32);
+}
+
+TEST(Boundary, ListsNoProgramsWithoutALibrary) {
+    for (const auto& [setting, expected] : {std::pair{"3", -1}, std::pair{"4", 0}}) {
+        TestHost host{std::string{"MIDI Patches="} + setting + "\n"};
+        host.start();
+        MidiProgramName record{};
+        EXPECT_EQ(host.ask(Opcode::getCurrentMidiProgram, 0, 0, &record), expected);
+        EXPECT_EQ(host.ask(Opcode::getMidiProgramName, 0, 0, &record), 0);
+        MidiProgramCategory category{};
+        EXPECT_EQ(host.ask(Opcode::getMidiProgramCategory, 0, 0, &category), 0);
+        EXPECT_EQ(host.ask(Opcode::hasMidiProgramsChanged, 16), 0);
+    }
+}
+
+TEST(Boundary, KnowsItsHosts) {
+    {
+        TestHost host{{}, {.product = "The mrx relay slave 2"}};
+        EXPECT_EQ(host.sent(HostRequest::wantMidi), 1);  // resumed by itself
+        host.midi({message(0x90, 60, 100)});
+        host.render(256);
+        EXPECT_GT(host.peak(0), 0.0f);
+    }
+    for (const char* vendor : {"microsoft corporation", "This-That"}) {
+        TestHost host{{}, {.vendor = vendor}};
+        host.start();
+        EXPECT_EQ(host.get(0), 0.0f);
+        EXPECT_EQ(host.get(3), 0.0f);
+        EXPECT_EQ(host.text(Opcode::getParameterName, 0), "");
+    }
+}
+
+TEST(Boundary, IsSilentBeforeTheFirstResume) {
+    TestHost host;
+    host.midi({message(0x90, 60, 100)});
+    host.render(64);
+    for (std::size_t i = 0; i < host.outputs.size(); ++i) EXPECT_EQ(host.peak(i), 0.0f);
+    host.start();
+    host.render(64);
+    EXPECT_EQ(host.peak(0), 0.0f);  // what was sent before was dropped
+    EXPECT_EQ(host.sent(HostRequest::wantMidi), 1);
+}
+
+TEST(Boundary, SurvivesHostsThatMisbehave) {
+    TestHost host;
+    host.start();
+    host.ask(Opcode::processEvents, 0, 0, nullptr);
+    EventList list;
+    list.count = -5;
+    host.ask(Opcode::processEvents, 0, 0, &list);
+    list.count = 2;
+    SystemExclusiveEvent dump;
+    dump.dumpLength = -1;
+    list.events[0] = nullptr;
+    list.events[1] = &dump.head;
+    host.ask(Opcode::processEvents, 0, 0, &list);
+    host.ask(Opcode::setSampleRate, 0, 0, nullptr, std::numeric_limits<float>::quiet_NaN());
+    host.ask(Opcode::setSampleRate, 0, 0, nullptr, 1.0f);
+    host.ask(Opcode::setBlockSize, 0, -4);
+    host.ask(Opcode::mainsChanged, 0, 1);
+    host.midi({message(0x90, 60, 100, -50), message(0x95, 60, 100, 99999)});
+    host.record->processReplacing(host.record, nullptr, nullptr, 64);
+    std::vector<float*> none(8, nullptr);
+    host.record->processReplacing(host.record, nullptr, none.data(), 64);
+    host.record->process(host.record, nullptr, none.data(), -3);
+    host.render(5000);  // beyond the announced block
+    EXPECT_GT(host.peak(0), 0.01f);
+    for (const std::int32_t index : {-1, 2528, 1 << 30}) {
+        host.set(index, 1);
+        EXPECT_EQ(host.get(index), 0.0f);
+        EXPECT_EQ(host.text(Opcode::getParameterName, index), "");
+        EXPECT_EQ(host.text(Opcode::getParameterDisplay, index), "");
+    }
+}
+
+TEST(Boundary, FollowsRateAndBlockSizeAtResume) {
+    TestHost host;
+    for (const float rate : {8000.0f, 44100.0f, 192000.0f}) {
+        host.start(rate, 512);
+        host.midi({message(0x90, 69, 100)});
+        // Zero crossings of A3, 440 Hz by its number
+        int crossings = 0;
+        float last = 0;
+        const auto frames = static_cast<std::int32_t>(rate);
+        host.render(frames / 4);
+        host.render(frames);
+        for (const float x : host.outputs[0]) {
+            crossings += last < 0 && x >= 0;
+            last = x;
+        }
+        EXPECT_NEAR(crossings, 440, 3) << rate;
+        EXPECT_GT(host.peak(0), 0.02f) << rate;
+    }
+}
+
+TEST(Boundary, AnswersItsOwnRequests) {
+    TestHost host;
+    const auto vendor = [&](const char(&code)[5], std::intptr_t value = -1) {
+        return host.ask(Opcode::vendorSpecific, fourCharacters(code), value);
+    };
+    EXPECT_EQ(vendor("busy"), 1);  // the default patch is still to be asked for
+    host.start();
+    host.ask(Opcode::idle);
+    EXPECT_EQ(vendor("busy"), 0);
+    EXPECT_EQ(vendor("part"), 1);
+    EXPECT_EQ(vendor("part", 5), 1);
+    EXPECT_EQ(vendor("part", 16), 6);
+    EXPECT_EQ(vendor("voic"), 0);
+    host.midi({message(0x90, 60, 100), message(0x90, 64, 100), message(0x90, 67, 100)});
+    host.render(64);
+    EXPECT_EQ(vendor("voic"), 3);
+    host.midi({message(0xC0, 5, 0)});
+    EXPECT_EQ(vendor("busy"), 1);
+    host.ask(Opcode::idle);
+    EXPECT_EQ(vendor("busy"), 0);
+    EXPECT_EQ(vendor("zzzz"), 0);
+    EXPECT_EQ(host.ask(Opcode::vendorSpecific, fourCharacters("tdCA"), fourCharacters("Whee")), 0);
+}
+
+TEST(Boundary, SameInputSameSamples) {
+    std::vector<float> first;
+    for (int run = 0; run < 2; ++run) {
+        TestHost host;
+        host.start();
+        std::vector<float> all;
+        for (int block = 0; block < 40; ++block) {
+            host.midi({message(0x90, 40 + block, block % 3 == 0 ? 0 : 100, block)});
+            host.render(200);
+            all.insert(all.end(), host.outputs[0].begin(), host.outputs[0].end());
+        }
+        if (run == 0)
+            first = all;
+        else
+            EXPECT_EQ(all, first);
+    }
+}
+
+TEST(Boundary, EchoesWhatLinksAndMutesEnd) {
+    TestHost host;
+    host.start();
+    host.set(152, 1.0f);  // part 1 also plays part 2
+    host.set(152, 0.0f);  // and no longer: one all sound off for part 2
+    host.set(152, 0.0f);
+    host.render(64);
+    EXPECT_EQ(host.echoed, (std::vector<std::vector<std::uint8_t>>{{0xB1, 120, 0}}));
+    host.echoed.clear();
+    host.midi({message(0x90, 60, 100)});
+    host.render(64);
+    host.set(1, 1.0f);  // mute
+    host.set(1, 1.0f);
+    for (int i = 0; i < 100; ++i) host.render(64);
+    EXPECT_EQ(host.echoed, (std::vector<std::vector<std::uint8_t>>{{0xB0, 120, 0}}));
+    EXPECT_EQ(host.peak(0), 0.0f);
+}
+
+}  // namespace
+}  // namespace stratovane
