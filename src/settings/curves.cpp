@@ -32,7 +32,7 @@ void makeVelocityCurve(float sensitivity, MidiCurve& curve) {
 }
 
 // Above the middle light pressure is lifted along a parabola. From 0.5 down to 0.25 the curve bends
-// towards a cubic with a dead zone, from there to 0 it fades out as a whole.
+// towards a cubic with a dead zone; below that it has half its height, fading out towards 0.
 void makeTouchCurve(float sensitivity, MidiCurve& curve) {
     const float k = 2.0f * toUnitRange(sensitivity) - 1.0f;
     if (k >= 0.0f) {
