@@ -1,6 +1,7 @@
 // What two threads share: the ring, the flags, the trace that waits.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
