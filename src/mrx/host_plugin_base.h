@@ -10,8 +10,9 @@
 
 namespace stratovane {
 
-/// A derived class overrides what it answers itself. Texts are written into the host's buffers; a
-/// null pointer where a request needs one gives the request's default and touches nothing. Threads:
+/// A derived class overrides what it answers itself. Texts are written into the host's buffers, of
+/// the sizes below; a null pointer where a request needs one answers 0 and touches nothing, and so
+/// does a request that nobody knows. Nothing is thrown into the host. Threads:
 /// the host's audio thread calls process, processReplacing, processEvents and may call
 /// setParameter; everything else is its UI thread's.
 class HostPluginBase {
@@ -27,27 +28,29 @@ class HostPluginBase {
     virtual float getParameter(std::int32_t index);
     virtual void process(float** inputs, float** outputs, std::int32_t frames);
     virtual void processReplacing(float** inputs, float** outputs, std::int32_t frames);
+    /// Sets a parameter and lets the host record the change. UI thread.
+    void setParameterAutomated(std::int32_t index, float value);
 
   protected:
     static constexpr std::int32_t nameSize = 24, displaySize = 8, programNameSize = 32;
 
     // Requests; sizes of text buffers are the constants above, 64 for strings.
     virtual void open();
-    virtual void close();  // the instance ends afterwards
-    virtual void setProgram(std::int32_t program);
+    virtual void close();                           // the instance ends afterwards
+    virtual void setProgram(std::int32_t program);  // 0: there is no other
     virtual void setProgramName(const char* name);
     virtual void getProgramName(char* name);
     virtual void getParameterLabel(std::int32_t index, char* label);
     virtual void getParameterDisplay(std::int32_t index, char* text);
     virtual void getParameterName(std::int32_t index, char* text);
-    virtual void setSampleRate(float hertz);         // ignored outside 2000..768000 Hz
-    virtual void setBlockSize(std::int32_t frames);  // ignored below 1
+    virtual void setSampleRate(float hertz);         // 2000..768000 Hz, others never arrive
+    virtual void setBlockSize(std::int32_t frames);  // 1 and above, likewise
     virtual void suspend();
     virtual void resume();
     virtual std::intptr_t editorRequest(Opcode, std::int32_t index, std::intptr_t value,
                                         void* pointer, float number);
     virtual std::int32_t getChunk(void** data, bool preset);
-    virtual std::int32_t setChunk(const void* data, std::int32_t size, bool preset);
+    virtual std::int32_t setChunk(const void* data, std::int32_t size, bool preset);  // size >= 0
     virtual std::int32_t processEvents(const EventList* events);
     virtual bool canBeAutomated(std::int32_t index);
     virtual std::int32_t getProgramNameIndexed(std::int32_t category, std::int32_t index,

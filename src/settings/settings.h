@@ -23,8 +23,9 @@ void makeTouchCurve(float sensitivity, MidiCurve& curve);  // at 0 pressure is o
 /// One letter per output pair: 'S' stereo, 'M' two mono outputs, 'Q' half of a quad pair.
 struct OutputLayout {
     std::string letters = "SSSS";
-    /// Applies a choice for a pair: 'M', 'S', 'Q', or 0 for off (ends the string there; not on pair
-    /// 0).
+    /// Applies a choice for a pair 0..15: 'M', 'S', 'Q', or 0 for off (ends the string there; not
+    /// on pair 0). Quad pairs come in couples of an even and the following odd one. Other choices
+    /// change nothing.
     void edit(int pair, char letter);
     int pairs() const { return static_cast<int>(letters.size()); }
 };
@@ -43,8 +44,8 @@ struct Settings {
     bool oneBasedNumbers = false;  // "MIDI Numbering"
     Shared<std::int32_t> combiNextController{-1}, combiPreviousController{-1};
     std::int32_t meterMode = 0;
-    float memoryUse = 0.5f;         // 0 ECO, 0.5 Default, 1 XXL
-    float masterVolume = 0.50059f;  // parameter value of -6 dB
+    float memoryUse = 0.5f;           // 0 ECO, 0.5 Default, 1 XXL
+    float masterVolume = 0.5005933f;  // parameter value of -6 dB
     float lift = 0.33f;
     std::int32_t combiPreload = 0;  // 0 off, 1 next, 2 full
     std::int32_t sceneRoot = 24;
@@ -57,8 +58,15 @@ struct Settings {
     void read(const SettingsStore& store, Which which, std::int32_t updateDisplayDefault);
     /// Writes the values that are kept. False when the store refused. UI thread.
     bool write(SettingsStore& store) const;
+    /// What is stored as soon as it is chosen. False when the store refused. UI thread.
+    bool writeOutputs(SettingsStore& store) const;
+    bool writeContentLocation(SettingsStore& store) const;
+
     /// The folder beside the library that holds the content unless a setting names another.
     static std::string defaultContentLocation();
+    /// A chosen folder without trailing blanks, tabs and line ends, and with a separator at its
+    /// end; empty when nothing else is left.
+    static std::string asContentLocation(std::string_view path);
 };
 
 /// The key everything is stored under.
