@@ -40,7 +40,7 @@ Synth::Synth(HostCallback host) : HostPluginBase{host, programCount, hostParamet
     record_.uniqueId = fourCharacters("QvRR");
     record_.version = 1;
 
-    if ((contentFound_ = library_.open(settings_.contentLocation))) updateMidiLists();
+    if ((contentFound_ = library_.open(contentFolder()))) updateMidiLists();
     parameters_.set(0, settings_.masterVolume);
     if (host_ != nullptr) callHost(HostRequest::needIdle);
 }
@@ -50,6 +50,10 @@ Synth::~Synth() {
     trace_.flush();
     engine_.reset();
     trace_.write(TraceLevel::lifecycle, "~Synth ok!");
+}
+
+std::string Synth::contentFolder() const {
+    return Settings::asContentLocation(settings_.contentLocation);
 }
 
 void Synth::identifyHost() {
@@ -112,7 +116,7 @@ void Synth::lazyInit(const char* caller) {
 void Synth::resume() {
     trace_.write(TraceLevel::lifecycle, "resume()");
     lazyInit("resume");
-    if (!contentFound_ && (contentFound_ = library_.open(settings_.contentLocation)))
+    if (!contentFound_ && (contentFound_ = library_.open(contentFolder())))
         updateMidiLists();
     if (multi_.defaultPatchWanted) multi_.programRequests.bump();
     {
@@ -147,7 +151,7 @@ void Synth::publishPresence() {
 }
 
 bool Synth::setContentLocation(std::string_view path) {
-    const std::string folder = asFolder(path);
+    const std::string folder = Settings::asContentLocation(path);
     if (!contentFound_) {
         contentFound_ = library_.open(folder);
         if (!contentFound_) {
@@ -156,7 +160,7 @@ bool Synth::setContentLocation(std::string_view path) {
         }
     }
     settings_.contentLocation = folder;
-    store_.write(settingsKey, "Content Location", folder);
+    settings_.writeContentLocation(store_);
     updateMidiLists();
     return true;
 }

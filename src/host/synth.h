@@ -80,6 +80,7 @@ class Synth : public HostPluginBase {
     void identifyHost();
     void loadProgram(int part, std::int32_t location, bool isDefaultPatch);
     void lazyInit(const char* caller);
+    std::string contentFolder() const;
     void updateMidiLists();
     void publishPresence();
     void render(float** outputs, std::int32_t frames, Output output);
