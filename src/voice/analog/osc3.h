@@ -1,0 +1,38 @@
+// Oscillator 3 of an "Analog" element: a plain wave and a square an octave below.
+#pragma once
+
+#include "voice/analog/impulse_ring.h"
+
+namespace stratovane {
+
+/// Stored in patches; do not renumber.
+enum class Osc3Wave { saw, square, triangle };  // above: as triangle
+
+/// Its phase counts half periods of the note, so that a counter of four spans one of the sub. One
+/// owner, audio thread.
+class Osc3 {
+  public:
+    void start(Osc3Wave wave, double phase, float level, float sub);
+    void setLevels(float level, float sub);
+    /// Half periods per sample, at most 1, the integrators' leak and the increment below which a
+    /// new pitch does not wait for the next half period.
+    void tick(float halfPeriodsPerSample, float leak, float threshold);
+    /// Writes the next 32 samples, integrated once.
+    void render(float* y);
+    Osc3Wave wave() const { return wave_; }
+    float output() const { return output_; }
+    float increment() const { return increment_; }
+
+  private:
+    Osc3Wave wave_ = Osc3Wave::saw;
+    double phase_ = 1;
+    float increment_ = 0, target_ = 0;
+    float slope_ = 0;   // per sample
+    float output_ = 0;  // the integrator
+    float leak_ = 1;
+    float level_ = 0, sub_ = 0;
+    unsigned counter_ = 0;  // 0..3
+    ImpulseRing ring_;
+};
+
+}  // namespace stratovane
