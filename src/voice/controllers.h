@@ -51,11 +51,12 @@ struct Controllers {
     float pressure = 0;       // where the smoothed pressure moves to
     float sustain = 0;        // the pedal's position
     bool sustainDown = false, sostenutoDown = false, legato = false;
-    float softPedal = 0;               // 0 or 1
+    float softPedal = 0;                   // 0 or 1
     float sequencer1 = 0, sequencer2 = 0;  // -1..1
-    float bendPosition = 0;            // -1..1
+    float bendPosition = 0;                // -1..1
     float bendSemitones = 0;
-    float highestKeyPitch = noKeyPitch;  // of note 0, bend included; for effects that follow the key
+    float highestKeyPitch =
+        noKeyPitch;  // of note 0, bend included; for effects that follow the key
 };
 
 /// A controller value 0..127 as a fraction. Never quite 0: logarithms of it are taken.

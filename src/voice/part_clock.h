@@ -42,6 +42,9 @@ class PartClock {
     }
     void endPiece(int frames) { frame_ += frames; }
 
+    /// The smoothed pressure is 0 at once.
+    void resetPressure() { last_.pressure = 0; }
+
     /// Lets silent frames pass.
     void skip(int frames, float pressureTarget) {
         for (auto i = stepsUpTo(frame_ + frames) - stepsUpTo(frame_); i > 0; --i)

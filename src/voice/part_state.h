@@ -32,6 +32,8 @@ struct PartState {
     MusicalTime time;
     Random random;
     double rate = 44100;
+    float tickSeconds = 0;   // both of rate
+    float middleCPitch = 0;  // cycles per sample
 
     std::int32_t eventCounter = 0;
     std::int32_t intervalStart = 0;  // voices started before it are not resumed
@@ -39,7 +41,6 @@ struct PartState {
 
     Voice& voiceAt(int slot) { return (*voices)[slots[slot].voice]; }
     const Voice& voiceAt(int slot) const { return (*voices)[slots[slot].voice]; }
-    float tickSeconds() const { return static_cast<float>(tickFrames / rate); }
     /// Pitch of lever and fine tuning.
     float bendPitch() const {
         return controllers.bendSemitones * semitonePitch + patch.controls().finePitch;

@@ -17,14 +17,18 @@ inline float bendSemitones(float position, int rangeCode) {
     constexpr int semitoneSteps = 13, harmonicSteps = 14, twoOctaves = 15;
     constexpr std::array<float, 7> harmonics{-11.55f, -6.72f, -3.0f, 0.0f, 4.87f, 8.84f, 11.55f};
     switch (rangeCode) {
-        case semitoneSteps: return std::floor(position * 12 + 0.5f);
+        case semitoneSteps:
+            return std::floor(position * 12 + 0.5f);
         case harmonicSteps: {
             const int index = static_cast<int>(position * 3 + 3.5f);
-            return position * 0.45f +
-                   harmonics[static_cast<std::size_t>(index < 0 ? 0 : index > 6 ? 6 : index)];
+            return position * 0.45f + harmonics[static_cast<std::size_t>(index < 0   ? 0
+                                                                         : index > 6 ? 6
+                                                                                     : index)];
         }
-        case twoOctaves: return position * 24;
-        default: return position * static_cast<float>(rangeCode);
+        case twoOctaves:
+            return position * 24;
+        default:
+            return position * static_cast<float>(rangeCode);
     }
 }
 

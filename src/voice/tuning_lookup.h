@@ -13,8 +13,8 @@ inline float tuningCents(std::span<const float> table, int steps) {
     constexpr int longestScale = 100;
     const int count = static_cast<int>(table.size());
     if (count == 0) return 0;
-    const int index = count <= longestScale ? (steps % count + count) % count
-                                            : std::clamp(steps, 0, count - 1);
+    const int index =
+        count <= longestScale ? (steps % count + count) % count : std::clamp(steps, 0, count - 1);
     return 100 * table[static_cast<std::size_t>(index)];
 }
 

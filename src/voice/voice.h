@@ -57,6 +57,7 @@ struct Voice {
     int unisonIndex = 0;               // 0 without unison, else 1..n
     float velocity = 0;                // normalised, -1..1; 0 when the element ignores it
     float notePitch = 0;               // relative to middle C
+    float basePitch = 0;               // of middle C in units of the sound's phase per sample
     float startGain = 0;               // of key and velocity zones
     float randomValue = 0;             // -1..1, drawn once a note
     float sustain = 0, pressure = 0, softPedal = 0;  // captured; sustain follows the pedal
