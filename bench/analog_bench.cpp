@@ -90,7 +90,7 @@ void calibrate(benchmark::State& state) {
         }
     }
     state.counters["ns"] =
-        benchmark::Counter(static_cast<double>(state.iterations()) * 1e-6,
+        benchmark::Counter(static_cast<double>(state.iterations()) * 1000,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/units.h"
+#include "voice/filter/filter_cores.h"
 
 namespace stratovane {
 namespace {
@@ -34,6 +35,18 @@ float startLevel(ShapeWave wave) {
             return -0.25f;
     }
 }
+
+/// The integrators of the oscillators, run along with the filter: their chains are shorter than its
+/// own and cost nothing beside it.
+struct MixInput {
+    const float *drive, *direct, *drive3;
+    float leak, shape, osc3;
+    float next(int i) {
+        shape = drive[i] + leak * shape;
+        osc3 = osc3 * leak + drive3[i];
+        return direct[i] + shape + osc3;
+    }
+};
 
 }  // namespace
 
@@ -117,38 +130,29 @@ void AnalogVoice::tick(float phasePerSample, float shape1, float shape2,
 }
 
 void AnalogVoice::render(float* y) {
-    float osc3[tickFrames], increments[tickFrames], drive[tickFrames] = {};
-    osc3_.render(osc3, increments);
+    float drive[tickFrames] = {}, drive3[tickFrames], increments[tickFrames], direct[tickFrames];
+    osc3_.run(drive3, increments);
     for (int i = 0; i < (dual_ ? 2 : 1); ++i) oscillators_[i].addTo(drive, gains_[i]);
+    noise_.render(direct, noiseLevel_);
 
-    // Oscillator 3 goes into the mix, its triangle by way of the shape integrator.
-    float direct[tickFrames];
-    if (noiseLevel_ != 0) {
-        noise_.render(direct, noiseLevel_);
-    } else {
-        noise_.skip();
-        std::fill(direct, direct + tickFrames, 0.0f);
-    }
-    if (!mute3_) {
-        if (osc3_.wave() == Osc3Wave::triangle)
-            for (int i = 0; i < tickFrames; ++i) drive[i] += osc3[i] * increments[i];
-        else
-            for (int i = 0; i < tickFrames; ++i) direct[i] += osc3[i];
-    }
-
-    float mix[tickFrames];
-    const float leak = leak_;
-    float shape = shape_;
-    for (int i = 0; i < tickFrames; ++i) {
-        shape = drive[i] + leak * shape;
-        mix[i] = shape + direct[i];
-    }
-    shape_ = shape;
-
+    MixInput mix{drive, direct, drive3, leak_, shape_, osc3_.output()};
     float factors[tickFrames];
-    const float amount = filterMod_;
-    for (int i = 0; i < tickFrames; ++i) factors[i] = 1 + amount * osc3[i];
-    filter_.render(mix, factors, y);
+    const bool triangle = osc3_.wave() == Osc3Wave::triangle;
+    const bool apart = triangle || mute3_ || filterMod_ != 0;  // more than a voice of the mix
+    if (apart) {
+        float osc3[tickFrames];
+        osc3_.integrate(drive3, increments, osc3);
+        for (int i = 0; i < tickFrames; ++i) factors[i] = 1 + filterMod_ * osc3[i];
+        if (!mute3_ && triangle)
+            for (int i = 0; i < tickFrames; ++i) drive[i] += osc3[i] * increments[i];
+        if (!mute3_ && !triangle)
+            for (int i = 0; i < tickFrames; ++i) direct[i] += osc3[i];
+        mix.osc3 = 0;
+        std::fill(drive3, drive3 + tickFrames, 0.0f);
+    }
+    renderFilter(filter_.core(), filter_.kernel(), mix, factors, y);
+    shape_ = mix.shape;
+    if (!apart) osc3_.setOutput(mix.osc3);
 }
 
 }  // namespace stratovane

@@ -51,9 +51,9 @@ float Osc3::step() const {
     return wave_ == Osc3Wave::triangle ? triangleGain * height : height;
 }
 
-void Osc3::render(float* y, float* increments) {
+void Osc3::run(float* drive, float* increments) {
     const ImpulseTable& table = impulseTable();
-    const bool heard = audible();
+    const bool triangle = wave_ == Osc3Wave::triangle, heard = audible();
     PhaseRun run;
     run.phase = phase_;
     run.setIncrement(increment_);
@@ -61,7 +61,7 @@ void Osc3::render(float* y, float* increments) {
     while (run.reach(1)) {
         run.phase -= 1;
         if (increment_ != target_) {
-            std::fill(increments + incrementFrom, increments + run.at, increment_);
+            if (triangle) std::fill(increments + incrementFrom, increments + run.at, increment_);
             incrementFrom = run.at;
             increment_ = target_;
             run.setIncrement(increment_);
@@ -77,20 +77,22 @@ void Osc3::render(float* y, float* increments) {
     run.finish();
     phase_ = run.phase;
     if (slope_ != 0) ring_.addSlope(slopeFrom, tickFrames, slope_);
-    std::fill(increments + incrementFrom, increments + tickFrames, increment_);
+    if (triangle) std::fill(increments + incrementFrom, increments + tickFrames, increment_);
+    std::copy(ring_.samples(), ring_.samples() + tickFrames, drive);
+    ring_.advance();
+}
 
-    const float* samples = ring_.samples();
+void Osc3::integrate(const float* drive, const float* increments, float* y) {
     const float leak = leak_;
     float output = output_;
     if (wave_ == Osc3Wave::triangle) {
         // The square's own leak follows the note, lest the second integration run away.
         for (int i = 0; i < tickFrames; ++i)
-            y[i] = output = output * std::max(1 - increments[i], leak) + samples[i];
+            y[i] = output = output * std::max(1 - increments[i], leak) + drive[i];
     } else {
-        for (int i = 0; i < tickFrames; ++i) y[i] = output = output * leak + samples[i];
+        for (int i = 0; i < tickFrames; ++i) y[i] = output = output * leak + drive[i];
     }
     output_ = output;
-    ring_.advance();
 }
 
 }  // namespace stratovane

@@ -18,13 +18,18 @@ class Osc3 {
     /// Half periods per sample, at most 1, the element's leak and the increment below which a new
     /// pitch does not wait for the next half period.
     void tick(float halfPeriodsPerSample, float leak, float threshold);
-    /// Writes the next 32 samples to y. A triangle's are its square: y times `increments` (written
-    /// then) goes into a second integrator.
-    void render(float* y, float* increments);
+    /// Runs 32 samples and writes edges and slopes, not yet integrated; of a triangle also the
+    /// increment at each sample.
+    void run(float* drive, float* increments);
+    /// What was written, integrated. A triangle is a square up to here: its samples times
+    /// `increments` go into a second integrator.
+    void integrate(const float* drive, const float* increments, float* y);
+    /// The integrator, for loops that run it along with others (not for the triangle).
+    float output() const { return output_; }
+    void setOutput(float output) { output_ = output; }
     Osc3Wave wave() const { return wave_; }
     /// Whether it could be heard at all; below -140 dB its edges are left out.
     bool audible() const { return level_ + sub_ > 1e-7f; }
-    float output() const { return output_; }
 
   private:
     float step() const;

@@ -8,6 +8,12 @@
 
 namespace stratovane {
 
+/// Input of a core that is there already. Inputs are asked for sample 0..31 in turn.
+struct SampleInput {
+    const float* x;
+    float next(int i) const { return x[i]; }
+};
+
 /// A state-variable filter (Chamberlin) whose input enters as the sum of two neighbours, with a
 /// second one behind its low-pass:
 ///     high = damping * band + low - (x + last);  band -= f1 * high;  low += f2 * band
@@ -15,14 +21,10 @@ namespace stratovane {
 /// Written with the low-pass of one sample before, low' + f2 * band = low: then a sample waits for
 /// the last one's band through one product and one sum. `factors`, if any, multiply f1 and f2
 /// sample by sample, each limited to 0..limit.
-template <bool modulated>
-inline void renderDigital(FilterKernel& k, const float* x, const float* factors, float* y) {
+template <bool modulated, class Input>
+inline void renderDigital(FilterKernel& k, Input& input, const float* factors, float* y) {
     float lows[tickFrames + 1], bands[tickFrames + 1], low2s[tickFrames], band2s[tickFrames];
-    float in[tickFrames], steps1[tickFrames], steps2[tickFrames + 1];
-
-    in[0] = x[0] + k.lastInput;
-    for (int i = 1; i < tickFrames; ++i) in[i] = x[i] + x[i - 1];
-    k.lastInput = x[tickFrames - 1];
+    float xs[tickFrames + 1], steps1[tickFrames], steps2[tickFrames + 1];
 
     const float f1 = k.f1, f2 = k.f2, f3 = k.f3, damping = k.damping;
     if constexpr (modulated) {
@@ -36,6 +38,7 @@ inline void renderDigital(FilterKernel& k, const float* x, const float* factors,
     float low = k.low, band = k.band, low2 = k.low2, band2 = k.band2;
     lows[0] = low;
     bands[0] = band;
+    xs[0] = k.lastInput;
     // At the first sample the low-pass itself stands for the one before.
     float before = low, keep = 1 - f1 * damping;
     float before2 = low2, keep2 = 1 - f3 * k.damping2;
@@ -50,7 +53,8 @@ inline void renderDigital(FilterKernel& k, const float* x, const float* factors,
             keep = 1 - step1 * reach;
             reach = damping + step2;
         }
-        band = keep * band + step1 * (in[i] - before);
+        const float x = input.next(i);
+        band = keep * band + step1 * (x + xs[i] - before);
         before = low;
         low += step2 * band;
         band2 = keep2 * band2 + f3 * (low - before2);
@@ -58,6 +62,7 @@ inline void renderDigital(FilterKernel& k, const float* x, const float* factors,
         low2 += f3 * band2;
         keep = keepOn;
         keep2 = keepOn2;
+        xs[i + 1] = x;
         lows[i + 1] = low;
         bands[i + 1] = band;
         low2s[i] = low2;
@@ -67,16 +72,15 @@ inline void renderDigital(FilterKernel& k, const float* x, const float* factors,
     k.band = band;
     k.low2 = low2;
     k.band2 = band2;
+    k.lastInput = xs[tickFrames];
 
     const float inputTap = k.inputTap, lowTap = k.lowTap, bandTap = k.bandTap;
     const float highTap = k.highTap, low2Tap = k.low2Tap, band2Tap = k.band2Tap;
-    float out[tickFrames];
     for (int i = 0; i < tickFrames; ++i) {
-        const float high = damping * bands[i] + lows[i] - in[i];
-        out[i] = inputTap * x[i] + lowTap * lows[i + 1] + bandTap * bands[i + 1] + highTap * high +
-                 low2Tap * low2s[i] + band2Tap * band2s[i];
+        const float high = damping * bands[i] + lows[i] - (xs[i + 1] + xs[i]);
+        y[i] = inputTap * xs[i + 1] + lowTap * lows[i + 1] + bandTap * bands[i + 1] +
+               highTap * high + low2Tap * low2s[i] + band2Tap * band2s[i];
     }
-    std::copy(out, out + tickFrames, y);
 }
 
 /// A ladder of four stages with a feedback that saturates:
@@ -85,8 +89,8 @@ inline void renderDigital(FilterKernel& k, const float* x, const float* factors,
 /// Every stage's new value is a^n * u plus what the old states give, so the way from u to s4, which
 /// the next sample waits for, is one product and one sum. With `modulated`, `factors` multiply a
 /// (limited to 0..1) and the difference of the last stages distorts.
-template <bool modulated>
-inline void renderLadder(FilterKernel& k, const float* x, const float* factors, float* y) {
+template <bool modulated, class Input>
+inline void renderLadder(FilterKernel& k, Input& input, const float* factors, float* y) {
     constexpr float loss = 1.0576f;  // of the feedback path
     constexpr float saturation = 2;  // where s4 - s4^3 / 12 is level
     float s1 = k.low, s2 = k.band, s3 = k.low2, s4 = k.band2, last = k.lastInput;
@@ -106,7 +110,7 @@ inline void renderLadder(FilterKernel& k, const float* x, const float* factors, 
         const float t3 = s3 + a * (s2 - 2 * s3) + a * t2;
         const float t4 = s4 + a * (s3 - 2 * s4) + a * t3;
         const float back = std::min(std::max(s4, -saturation), saturation);
-        const float u = gain * x[i] - back * (linear - cubic * back * back);
+        const float u = gain * input.next(i) - back * (linear - cubic * back * back);
         s1 = a * u + t1;
         s2 = aa * u + t2;
         s3 = aaa * u + t3;
@@ -124,6 +128,23 @@ inline void renderLadder(FilterKernel& k, const float* x, const float* factors, 
     k.low2 = s3;
     k.band2 = s4;
     k.lastInput = last;
+}
+
+/// The loop of a core, chosen once per tick.
+template <class Input>
+inline void renderFilter(FilterCore core, FilterKernel& k, Input& input, const float* factors,
+                         float* y) {
+    switch (core) {
+        case FilterCore::digital:
+        case FilterCore::alternativeBand:
+            return renderDigital<false>(k, input, nullptr, y);
+        case FilterCore::digitalModulated:
+            return renderDigital<true>(k, input, factors, y);
+        case FilterCore::ladder:
+            return renderLadder<false>(k, input, nullptr, y);
+        case FilterCore::ladderModulated:
+            return renderLadder<true>(k, input, factors, y);
+    }
 }
 
 }  // namespace stratovane

@@ -152,18 +152,8 @@ void VoiceFilter::updateLadder(float f, float q) {
 }
 
 void VoiceFilter::render(const float* x, const float* factors, float* y, int channel) {
-    FilterKernel& k = kernels_[channel];
-    switch (core_) {
-        case FilterCore::digital:
-        case FilterCore::alternativeBand:
-            return renderDigital<false>(k, x, nullptr, y);
-        case FilterCore::digitalModulated:
-            return renderDigital<true>(k, x, factors, y);
-        case FilterCore::ladder:
-            return renderLadder<false>(k, x, nullptr, y);
-        case FilterCore::ladderModulated:
-            return renderLadder<true>(k, x, factors, y);
-    }
+    SampleInput input{x};
+    renderFilter(core_, kernels_[channel], input, factors, y);
 }
 
 }  // namespace stratovane
