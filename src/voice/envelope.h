@@ -47,7 +47,7 @@ class SegmentEnvelope {
   private:
     void decay(const EnvelopeContext& context);
     void sustain(const EnvelopeContext& context);
-    void release(float seconds, const EnvelopeContext& context);
+    void release(float stageSeconds, const EnvelopeContext& context);
 
     float coefficient_ = 0;  // step per tick
     float target_ = 0;

@@ -29,15 +29,17 @@ class AnalogVoice {
     void click(float k) { filter_.click(k); }
 
   private:
-    bool dual_ = false;         // oscillator 2, wavetable waves, cutoff modulation
-    bool alternative_ = false;  // "Filter" on "Analog" beside "Band 18" or "Peak EQ"
-    bool ladder_ = false;
+    void chooseCore(const ElementControls& controls);
+
+    bool dual_ = false;    // oscillator 2, wavetable waves, modulated cutoff
+    bool ladder_ = false;  // for the note's life, as dual_
     bool mute3_ = false;
-    float leak_ = 0;   // of the integrators, per sample
-    float shape_ = 0;  // the shape integrator, shared by both oscillators
-    float filterMod_ = 0;
+    float leak_ = 0;       // of the integrators, per sample
+    float threshold_ = 0;  // increment below which a new pitch holds at once
+    float shape_ = 0;      // the integrator that oscillators 1 and 2 share
+    float gains_[2] = {0, 0}, ratios_[2] = {1, 1};  // of oscillators 1 and 2
     float noiseLevel_ = 0;
-    float ratios_[2] = {1, 1};  // of note to oscillator 1 and 2
+    float filterMod_ = 0;
     ShapeOscillator oscillators_[2];
     Osc3 osc3_;
     NoiseGenerator noise_;

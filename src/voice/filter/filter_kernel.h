@@ -3,6 +3,9 @@
 
 namespace stratovane {
 
+/// Which loop runs. The modulated ones take a lane of factors beside the signal.
+enum class FilterCore { digital, digitalModulated, alternativeBand, ladder, ladderModulated };
+
 /// Aligned so that lanes can load several voices' records with transposes: states, then controls.
 struct alignas(64) FilterKernel {
     // States. The ladder's four stages stand in low, band, low2, band2.

@@ -14,9 +14,6 @@ struct FilterInputs {
     float resonance = 0;  // 0..1 and what modulation adds
 };
 
-/// Which loop runs. The modulated ones take a lane of factors beside the signal.
-enum class FilterCore { digital, digitalModulated, alternativeBand, ladder, ladderModulated };
-
 /// Audio thread. The pass band has a gain of 2 in every mode, "Off" included.
 class VoiceFilter {
   public:
