@@ -161,7 +161,7 @@ void switchRotary(PartState& part) {
 void controlChange(PartState& part, int number, int value, EventSource source) {
     if (number > controller::sequencer2 || value > 127) return;
     if (number == controller::modWheel) part.controllers.wheelPosition = controllerFraction(value);
-    if (!isReserved(number)) {
+    if (number < controller::sequencer1) {
         if (source == EventSource::host) part.patch.learn(number);
         const ParameterId id = part.patch.controllerTarget(number);
         if (id != noParameter) return part.patch.set(id >> 8, id & 255, controllerFraction(value));

@@ -1,7 +1,6 @@
 // What a part's controllers, pedals and levers stand at.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "base/units.h"
@@ -30,14 +29,6 @@ enum : int {
     sequencer2 = 129,
 };
 }  // namespace controller
-
-/// Whether a controller is the instrument's own: it takes no part in controller maps or learning.
-constexpr bool isReserved(int number) {
-    constexpr std::array reserved{0, 6, 32, 98, 99, 100, 101, 120, 121, 123, 126, 127};
-    for (const int r : reserved)
-        if (number == r) return true;
-    return number > 127;
-}
 
 constexpr bool pedalDown(int value) { return value >= 64; }
 

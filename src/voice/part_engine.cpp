@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-#include "voice/controller_handling.h"
-#include "voice/element_notes.h"
-#include "voice/note_handling.h"
+#include "voice/part_events.h"
 #include "voice/part_mix.h"
 #include "voice/part_output.h"
 #include "voice/part_state.h"
@@ -19,14 +17,10 @@ struct PartEngine::Impl {
 
     void setRate(double rate, int maxFrames) {
         const int frames = std::max(maxFrames, 1);
-        state.rate = rate;
-        state.tickSeconds = static_cast<float>(tickFrames / rate);
-        state.middleCPitch = middleCPitch(rate);
-        state.clock.prepare(rate, frames);
+        state.prepare(rate, frames);
         mix.prepare(frames);
     }
 
-    void handle(const MidiBytes& bytes, EventSource source);
     void renderPiece(const RenderTarget& target, int offset, int frames);
     void publishCount();
     /// Output pair, limited to those that the instance was made for.
@@ -68,35 +62,9 @@ void PartEngine::setTime(const MusicalTime& time) { impl_->state.time = time; }
 void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
     // A parameter stored before this event acts on it.
     impl_->state.patch.applyMarked();
-    impl_->handle(bytes, source);
+    handlePartEvent(impl_->state, bytes, source);
     impl_->silent = false;
     impl_->publishCount();
-}
-
-void PartEngine::Impl::handle(const MidiBytes& bytes, EventSource source) {
-    enum : std::uint8_t { noteOffStatus = 0x80, noteOnStatus = 0x90, control = 0xB0 };
-    enum : std::uint8_t { pressure = 0xD0, bend = 0xE0 };
-    const int first = bytes[1], second = bytes[2];
-    const auto status = static_cast<std::uint8_t>(bytes[0] & 0xF0);
-    switch (status) {
-        case noteOffStatus:
-            return noteOff(state, first, source);
-        case noteOnStatus:
-            if (second == 0) return noteOff(state, first, source);
-            if (first > 127 || second > 127) return;
-            // A key that the arpeggiator takes goes no further than to the elements that want
-            // nothing of it.
-            if (source == EventSource::host && partZoneGain(state, first, second) == 0) return;
-            return noteOn(state, first, second, static_cast<std::int8_t>(bytes[3]), source);
-        case control:
-            return controlChange(state, first, second, source);
-        case pressure:
-            return channelPressure(state, first);
-        case bend:
-            return pitchBend(state, first, second);
-        default:
-            return;
-    }
 }
 
 void PartEngine::render(const RenderTarget& target, int offset, int frames, double /*position*/) {

@@ -39,6 +39,13 @@ struct PartState {
     std::int32_t intervalStart = 0;  // voices started before it are not resumed
     std::uint32_t notesPlayed = 0;   // parity drives the odd and even trigger conditions
 
+    /// Rate in hertz; pieces of up to `maxFrames` will be rendered. Nothing may render meanwhile.
+    void prepare(double newRate, int maxFrames) {
+        rate = newRate;
+        tickSeconds = static_cast<float>(tickFrames / rate);
+        middleCPitch = stratovane::middleCPitch(rate);
+        clock.prepare(rate, maxFrames);
+    }
     Voice& voiceAt(int slot) { return (*voices)[slots[slot].voice]; }
     const Voice& voiceAt(int slot) const { return (*voices)[slots[slot].voice]; }
     /// Pitch of lever and fine tuning.
