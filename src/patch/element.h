@@ -2,10 +2,10 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "base/shared.h"
-#include "base/text_out.h"
 #include "patch/element_controls.h"
 
 namespace stratovane {
@@ -15,8 +15,10 @@ class Patch;
 /// Threads as for Patch, which owns it.
 class Element {
   public:
-    ElementType type() const { return static_cast<ElementType>(type_.get()); }
+    /// As the engine plays it; types from 6 on make no sound. Owner of the controls.
+    ElementType type() const { return type_; }
     const ElementControls& controls() const { return controls_; }
+    /// Normalised, `index` 0..255. Any thread.
     float stored(int index) const { return values_[static_cast<std::size_t>(index)]; }
     /// Bumped when voices must notice (pitch, filter, wave, modulation). Owner of the controls.
     std::uint32_t changes() const { return changes_; }
@@ -27,9 +29,18 @@ class Element {
 
   private:
     friend class Patch;
-    // The helper that builds patch/ completes this class.
+    friend struct ElementScope;
+
+    void apply(int index);
+    void applyAll();
+    float routed(int index) const;
+    void reapplyMacroReaders();
+    void changeType(ElementType to);
+
+    Patch* patch_ = nullptr;
+    int number_ = 0;  // 1..68
     std::array<Shared<float>, 256> values_;
-    Shared<std::int32_t> type_{0};
+    ElementType type_ = ElementType::effect;
     ElementControls controls_;
     std::uint32_t changes_ = 0;
 };

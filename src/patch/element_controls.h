@@ -109,6 +109,7 @@ struct AnalogControls {
 };
 
 struct DrawbarControls {
+    std::int32_t bank = 0, set = 128;    // set 128: none
     std::int32_t percussionTrigger = 0;  // 0 normal, 1 + velocity, 2 mono, 3 poly
     bool percussion = false, loud = false, fast = false, third = false;
     std::array<std::int32_t, 9> bars{};  // 0..8

@@ -10,11 +10,13 @@
 #include "base/shared.h"
 #include "base/text_out.h"
 #include "patch/arpeggiator_settings.h"
+#include "patch/parameter_marks.h"
 #include "patch/patch_controls.h"
 
 namespace stratovane {
 
 class Element;
+class PatchTexts;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -30,8 +32,10 @@ inline constexpr ParameterId noParameter = 0xFFFF;
 /// Threads. Stored values are shared: any thread reads and `store`s them. Converted values
 /// (controls()) have one owner: the builder until `handOver`, then the audio thread, which applies
 /// what others stored at the start of a render (`applyMarked`) and what it sets itself at once
-/// (`set`). Rows that load, free or build are applied by the UI thread (`applyLoading`). Texts
-/// belong to the UI thread.
+/// (`set`). Rows that load, free or build are first done by the UI thread (`applyLoading`), which
+/// then marks them for the owner like any other. Texts belong to the UI thread.
+/// Invariants: every converted value follows from stored values alone, so applying a row again
+/// changes nothing; names and displays read stored values only.
 class Patch {
   public:
     explicit Patch(const EngineShared& shared);
@@ -47,13 +51,17 @@ class Patch {
     /// As `store`, but applied at once (rows that load: by the next applyLoading). Owner: audio
     /// thread.
     void set(int element, int index, float value);
+    /// As `store` and `set`, for what the instrument changes itself (scenes, knobs, editing): the
+    /// parameter changed last and MIDI learn stay as they are.
+    void recall(int element, int index, float value);
+    void recallNow(int element, int index, float value);
     /// The stored value; 0 for what does not exist. Any thread.
     float get(int element, int index) const;
 
     /// Applies what was stored since: globals first, then elements, by index. Audio thread.
     void applyMarked();
-    /// Applies rows that load, free or build content or effects. UI thread, outside a render of
-    /// this patch.
+    /// Does what rows that load, free or build content or effects need, then marks them for the
+    /// owner. UI thread, outside a render of this patch.
     void applyLoading();
     /// Whether applyMarked or applyLoading has something to do. Any thread.
     bool waits() const;
@@ -77,6 +85,7 @@ class Patch {
     std::string_view name() const { return text(0); }
     std::string_view knobName(int knob) const { return text(knob - 7); }  // knob 1..6
 
+    /// Owner: audio thread (builder before hand-over).
     const PatchControls& controls() const { return controls_; }
     /// Elements 1..68.
     Element& element(int number);
@@ -91,8 +100,10 @@ class Patch {
 
     const ArpeggiatorSettings& arpeggiator() const { return arpeggiator_; }
 
-    /// What a controller 0..127 drives; noParameter if nothing. Any thread.
+    /// What a controller 0..127 drives; noParameter if nothing. Never a parameter for a controller
+    /// that the engine interprets itself; the map keeps such an entry all the same. Any thread.
     ParameterId controllerTarget(int controller) const;
+    ParameterId storedTarget(int controller) const;
     void assignController(int controller, ParameterId id);
     /// The next controller offered is assigned to the parameter changed last. UI thread.
     void armLearn();
@@ -108,14 +119,33 @@ class Patch {
 
   private:
     friend class Element;
-    struct Texts;
+    friend struct GlobalScope;
+    friend struct ElementScope;
+
+    enum class When { owner, marked };
+
+    bool exists(int element, int index) const;
+    void rememberChange(int element, int index);
+    void write(int element, int index, float value, When when);
+    void settle(int element, int index, When when);
+    void apply(int element, int index);
+    void applyGlobal(int index);
+    bool loads(int element, int index) const;
+    float macro(int destination, float v) const;
+    void reapplyReaders(int destination);
+    void resend(int index);
+    void resetControllers(int type);
 
     const EngineShared& shared_;
+    double rate_;  // Hz
     std::array<Shared<float>, globalParameters> values_;
     PatchControls controls_;
     ArpeggiatorSettings arpeggiator_;
-    std::unique_ptr<Element[]> elements_;
-    std::unique_ptr<Texts> texts_;
+    std::unique_ptr<Element[]> elements_;  // [0] is not used
+    std::unique_ptr<PatchTexts> texts_;
+    ParameterMarks changed_;  // for the owner of the controls
+    ParameterMarks loading_;  // for the UI thread, which passes them on as
+    ParameterMarks loaded_;   // for the owner again
     std::array<Shared<std::uint16_t>, 128> controllerMap_;
     Shared<std::int32_t> lastChanged_{noParameter};
     SharedBits learnArmed_;

@@ -1,0 +1,316 @@
+#include "patch/patch.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "base/units.h"
+#include "patch/controller_map.h"
+#include "patch/element.h"
+#include "patch/element_rows.h"
+#include "patch/global_rows.h"
+#include "patch/macro_readers.h"
+#include "patch/parameter_ids.h"
+#include "patch/patch_texts.h"
+
+namespace stratovane {
+
+Patch::Patch(const EngineShared& shared)
+    : shared_{shared},
+      rate_{static_cast<double>(shared.sampleRate.get())},
+      elements_{std::make_unique<Element[]>(elementTotal + 1)},
+      texts_{std::make_unique<PatchTexts>()} {
+    for (int i = 0; i < globalParameters; ++i) {
+        const GlobalRow* row = globalRow(i);
+        values_[static_cast<std::size_t>(i)] = row ? row->initial : 0.0f;
+    }
+    for (int number = 1; number <= elementTotal; ++number) {
+        Element& made = element(number);
+        made.patch_ = this;
+        made.number_ = number;
+        for (int i = 0; i < elementParameters; ++i)
+            made.values_[static_cast<std::size_t>(i)] = constructionValue(i);
+    }
+    resetControllers(controls_.type);
+    for (int i = 0; i < globalParameters; ++i) applyGlobal(i);
+    for (int number = 1; number <= elementTotal; ++number) element(number).applyAll();
+    layoutChanged_.take();
+}
+
+Patch::~Patch() = default;
+
+// Setting.
+
+bool Patch::exists(int element, int index) const {
+    if (element == 0) return index >= 0 && index < globalParameters;
+    return element > 0 && element <= elementTotal && index >= 0 && index < elementParameters;
+}
+
+void Patch::rememberChange(int element, int index) {
+    lastChanged_ = element * elementParameters + index;
+    learnArmed_.take();
+}
+
+void Patch::store(int element, int index, float value) {
+    if (!exists(element, index)) return;
+    rememberChange(element, index);
+    write(element, index, value, When::marked);
+}
+void Patch::set(int element, int index, float value) {
+    if (!exists(element, index)) return;
+    rememberChange(element, index);
+    write(element, index, value, When::owner);
+}
+void Patch::recall(int element, int index, float value) {
+    if (exists(element, index)) write(element, index, value, When::marked);
+}
+void Patch::recallNow(int element, int index, float value) {
+    if (exists(element, index)) write(element, index, value, When::owner);
+}
+
+void Patch::write(int number, int index, float value, When when) {
+    value = toUnitRange(value);
+    bool counts = true;
+    if (number == 0) {
+        Shared<float>& stored = values_[static_cast<std::size_t>(index)];
+        if (const GlobalRow* row = globalRow(index); row && row->choices > 0)
+            counts = choice(stored, row->choices) != choice(value, row->choices);
+        stored = value;
+    } else {
+        element(number).values_[static_cast<std::size_t>(index)] = value;
+    }
+    settle(number, index, when);
+    if (counts) changes_.bump();
+}
+
+float Patch::get(int number, int index) const {
+    if (!exists(number, index)) return 0;
+    return number == 0 ? values_[static_cast<std::size_t>(index)].get()
+                       : element(number).stored(index);
+}
+
+// Applying.
+
+/// Whether a row is first for the UI thread; under the type as stored, which any thread may read.
+bool Patch::loads(int number, int index) const {
+    if (number == 0) {
+        const GlobalRow* row = globalRow(index);
+        return row && row->loads;
+    }
+    const ElementRow* row = elementRow(ParameterView{*this, number, index}.type(), index);
+    return row && row->loads;
+}
+
+/// Applies a stored value or leaves it to the thread that must. Only the owner may say
+/// `When::owner`.
+void Patch::settle(int number, int index, When when) {
+    if (!live_) return apply(number, index);
+    if (loads(number, index)) return loading_.set(number, index);
+    if (when == When::owner) return apply(number, index);
+    changed_.set(number, index);
+}
+
+void Patch::apply(int number, int index) {
+    if (number == 0)
+        applyGlobal(index);
+    else
+        element(number).apply(index);
+}
+
+void Patch::applyGlobal(int index) {
+    const GlobalRow* row = globalRow(index);
+    if (!row) return;
+    if (row->apply) {
+        GlobalScope scope{*this, controls_, arpeggiator_, index};
+        row->apply(scope, values_[static_cast<std::size_t>(index)]);
+    }
+    if (row->resends >= 0) resend(row->resends);
+}
+
+void Patch::applyMarked() {
+    loaded_.take([this](int number, int index) { apply(number, index); });
+    changed_.take([this](int number, int index) {
+        // A type change on its way may have made a plain row of one that loads.
+        const ElementRow* row = number == 0 ? nullptr : elementRow(element(number).type_, index);
+        if (row && row->loads)
+            loading_.set(number, index);
+        else
+            apply(number, index);
+    });
+}
+
+void Patch::applyLoading() {
+    // Content is not asked for yet: what a row chooses only has to reach the controls.
+    loading_.take([this](int number, int index) { loaded_.set(number, index); });
+}
+
+bool Patch::waits() const { return changed_.any() || loading_.any() || loaded_.any(); }
+
+void Patch::setSampleRate(double rate) {
+    rate_ = rate;
+    applyGlobal(global::lfo1Rate);
+    applyGlobal(global::lfo2Rate);
+    for (int number = 1; number <= elementTotal; ++number) element(number).applyAll();
+}
+
+void Patch::refreshTuning() { settle(0, global::fineTune, When::marked); }
+
+float Patch::macro(int destination, float v) const {
+    const auto k = static_cast<std::size_t>(destination);
+    return bendMacro(v, controls_.macroBase[k], controls_.macroOffset[k]);
+}
+
+void Patch::resend(int index) {
+    for (int number = 1; number <= elementCount_; ++number)
+        if (element(number).controls_.receive) settle(number, index, When::owner);
+}
+
+void Patch::reapplyReaders(int destination) {
+    if (destination == lfoRateMacro) {
+        applyGlobal(global::lfo1Rate);
+        applyGlobal(global::lfo2Rate);
+    }
+    const MacroReaders& readers = macroReaders[static_cast<std::size_t>(destination)];
+    if (readers.first >= 0) resend(readers.first);
+    if (destination == waveMacro) {
+        for (int number = 1; number <= elementCount_; ++number) {
+            Element& sample = element(number);
+            if (sample.controls_.receive && sample.type_ == ElementType::sample)
+                settle(number, elementIndex::formant, When::owner);
+        }
+    } else if (readers.second >= 0) {
+        resend(readers.second);
+    }
+}
+
+float GlobalScope::value(int other) const { return patch.values_[static_cast<std::size_t>(other)]; }
+double GlobalScope::rate() const { return patch.rate_; }
+float GlobalScope::tuningSemitones() const { return patch.shared_.tuningSemitones; }
+void GlobalScope::reapply(int other) { patch.settle(0, other, Patch::When::owner); }
+void GlobalScope::reapplyReaders(int destination) { patch.reapplyReaders(destination); }
+void GlobalScope::reapplyPianoLayers() {
+    constexpr int pianoElements = 8;
+    for (int number = 1; number <= pianoElements; ++number)
+        if (patch.element(number).type() == ElementType::sample)
+            patch.settle(number, elementIndex::item, Patch::When::owner);
+}
+void GlobalScope::resetControllers() { patch.resetControllers(controls.type); }
+float GlobalScope::macro(int destination, float v) const { return patch.macro(destination, v); }
+
+// Texts.
+
+void Patch::showName(TextOut& out, int number, int index) const {
+    if (!exists(number, index)) return;
+    const ParameterView view{*this, number, index};
+    const auto show = [&](const auto* row) {
+        if (!row) return;
+        if (row->showName) return row->showName(out, view);
+        out.text(row->name);
+    };
+    if (number == 0)
+        show(globalRow(index));
+    else
+        show(elementRow(view.type(), index));
+}
+
+void Patch::showValue(TextOut& out, int number, int index) const {
+    showValue(out, number, index, get(number, index));
+}
+
+void Patch::showValue(TextOut& out, int number, int index, float value) const {
+    if (!exists(number, index)) return;
+    constexpr float asStored = -1.0f;
+    const float v = value == asStored ? get(number, index) : toUnitRange(value);
+    const ParameterView view{*this, number, index};
+    const auto show = [&](const auto* row) {
+        if (row && row->show) return row->show(out, v, view);
+        showPercent(out, v);
+    };
+    if (number == 0)
+        show(globalRow(index));
+    else
+        show(elementRow(view.type(), index));
+}
+
+std::string_view Patch::text(int selector) const { return texts_->get(selector); }
+void Patch::setText(int selector, std::string_view text) { texts_->set(selector, text); }
+
+// Elements.
+
+Element& Patch::element(int number) {
+    assert(number >= 1 && number <= elementTotal);
+    return elements_[static_cast<std::size_t>(number)];
+}
+const Element& Patch::element(int number) const {
+    assert(number >= 1 && number <= elementTotal);
+    return elements_[static_cast<std::size_t>(number)];
+}
+
+void Patch::setElementCount(int count) {
+    count = std::clamp(count, 0, maxElements);
+    const int before = elementCount_;
+    elementCount_ = count;
+    for (int number = count + 1; number <= before; ++number) {
+        recall(number, elementIndex::mute, 1.0f);
+        recall(number, elementIndex::bank, 1.0f);
+        recall(number, elementIndex::item, 1.0f);
+        setText(number, {});
+    }
+    // The patch's switches and macros have passed over elements beyond the count.
+    for (int number = before + 1; number <= count; ++number) element(number).applyAll();
+}
+
+void Patch::initElement(int number, ElementType type) {
+    const bool slot = number >= firstSendSlot && number <= elementTotal;
+    if (slot ? type != ElementType::effect : number < 1 || number > elementCount_) return;
+    if (type < ElementType::effect || type > ElementType::analog) return;
+    const auto init = [&](int index, float value) { recall(number, index, value); };
+    init(elementIndex::mute, 0.0f);
+    init(elementIndex::item, 1.0f);
+    init(elementIndex::type, static_cast<float>(type) * 0.06666667f);
+    for (int i = elementIndex::receive; i < elementIndex::firstBlock; ++i)
+        init(i, constructionValue(i));
+    for (int i = elementIndex::firstBlock; i < elementParameters; ++i)
+        init(i, initialValue(type, i));
+    if (type == ElementType::analog) init(elementIndex::randomStart, 1.0f);
+    setText(number, elementTypeName(type));
+}
+
+void Patch::makeSawtooth() {
+    setText(0, "Sawtooth");
+    setElementCount(1);
+    initElement(1, ElementType::analog);
+    recall(0, global::level, 0.5f);
+    recall(0, global::type, 0.3333333f);
+}
+
+// Controllers.
+
+void Patch::resetControllers(int type) {
+    const ControllerMap& defaults = defaultControllerMap(type);
+    std::copy(defaults.begin(), defaults.end(), controllerMap_.begin());
+}
+
+ParameterId Patch::storedTarget(int controller) const {
+    if (controller < 0 || controller > 127) return noParameter;
+    return controllerMap_[static_cast<std::size_t>(controller)];
+}
+ParameterId Patch::controllerTarget(int controller) const {
+    return isAssignable(controller) ? storedTarget(controller) : noParameter;
+}
+
+void Patch::assignController(int controller, ParameterId id) {
+    if (controller >= 0 && controller <= 127)
+        controllerMap_[static_cast<std::size_t>(controller)] = id;
+}
+
+void Patch::armLearn() { learnArmed_.set(1); }
+
+bool Patch::learn(int controller) {
+    const ParameterId target = lastChanged();
+    if (!isAssignable(controller) || target == noParameter) return false;
+    if (learnArmed_.take() == 0) return false;
+    assignController(controller, target);
+    return true;
+}
+
+}  // namespace stratovane
