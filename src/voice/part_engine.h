@@ -1,21 +1,16 @@
 // One patch instance of a part: its notes, voices and sound.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 
 #include "base/engine_shared.h"
 #include "base/trace.h"
 #include "patch/patch.h"
+#include "voice/midi_bytes.h"
 #include "voice/render_target.h"
 
 namespace stratovane {
-
-/// A channel message: status without channel, two data bytes and a note's detune in cents (signed).
-using MidiBytes = std::array<std::uint8_t, 4>;
-
-enum class EventSource { host, arpeggiator };
 
 /// Threads: constructed, filled and destroyed on the UI thread; after hand-over handleEvent, render
 /// and setTime belong to the audio thread, idle to the UI thread.
@@ -50,12 +45,14 @@ class PartEngine {
     /// Slots in use, and the loudest of |left| and |right| since last asked. Any thread.
     int voiceCount() const;
     float takePeak();
+    /// The highest number of slots in use since last asked. Any thread.
+    int takeHighestVoiceCount();
     /// Rows that load, and one piece of content to release. UI thread.
     void idle();
     bool idleWaits() const;
 
   private:
-    struct Impl;  // the helper that builds voice/ may replace this by plain members
+    struct Impl;
     std::unique_ptr<Impl> impl_;
 };
 

@@ -1,0 +1,14 @@
+// A channel message as a part receives it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace stratovane {
+
+/// A channel message: status without channel, two data bytes and a note's detune in cents (signed).
+using MidiBytes = std::array<std::uint8_t, 4>;
+
+enum class EventSource : std::uint8_t { host, arpeggiator };
+
+}  // namespace stratovane

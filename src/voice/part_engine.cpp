@@ -1,0 +1,113 @@
+#include "voice/part_engine.h"
+
+#include <algorithm>
+
+#include "voice/part_events.h"
+#include "voice/part_mix.h"
+#include "voice/part_output.h"
+#include "voice/part_state.h"
+
+namespace stratovane {
+
+struct PartEngine::Impl {
+    Impl(const EngineShared& engineShared, int pairs, std::uint32_t seed)
+        : shared{engineShared}, outputPairs{pairs}, state{engineShared, seed} {
+        setRate(engineShared.sampleRate, engineShared.blockFrames);
+    }
+
+    void setRate(double rate, int maxFrames) {
+        const int frames = std::max(maxFrames, 1);
+        state.prepare(rate, frames);
+        mix.prepare(frames);
+    }
+
+    void renderPiece(const RenderTarget& target, int offset, int frames);
+    void publishCount();
+    /// Output pair, limited to those that the instance was made for.
+    OutputSettings outputSettings() const {
+        const PatchControls& patch = state.patch.controls();
+        return {patch.gain * shared.masterGain, patch.pan, std::min(patch.output, outputPairs)};
+    }
+
+    const EngineShared& shared;
+    const int outputPairs;
+    PartState state;
+    PartMix mix;
+    PartOutput output;
+    bool silent = true;  // nothing sounds, nothing waits: until the next event
+    Shared<std::int32_t> voiceCount{0};
+    SharedBits highestCount;
+};
+
+PartEngine::PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed)
+    : impl_{std::make_unique<Impl>(shared, outputPairs, seed)} {}
+
+PartEngine::~PartEngine() = default;
+
+Patch& PartEngine::patch() { return impl_->state.patch; }
+const Patch& PartEngine::patch() const { return impl_->state.patch; }
+
+void PartEngine::setSampleRate(double rate, int maxFrames) {
+    if (!(rate > 0)) return;
+    if (rate != impl_->state.rate) {
+        freeAllVoices();
+        impl_->output.reset();
+    }
+    impl_->setRate(rate, maxFrames);
+    impl_->state.patch.setSampleRate(rate);
+}
+
+void PartEngine::setTime(const MusicalTime& time) { impl_->state.time = time; }
+
+void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
+    // A parameter stored before this event acts on it.
+    impl_->state.patch.applyMarked();
+    handlePartEvent(impl_->state, bytes, source);
+    impl_->silent = false;
+    impl_->publishCount();
+}
+
+void PartEngine::render(const RenderTarget& target, int offset, int frames, double /*position*/) {
+    impl_->state.patch.applyMarked();
+    for (int done = 0; done < frames;) {
+        const int piece = std::min(frames - done, impl_->mix.capacity());
+        impl_->renderPiece(target, offset + done, piece);
+        done += piece;
+    }
+}
+
+void PartEngine::Impl::renderPiece(const RenderTarget& target, int offset, int frames) {
+    if (silent) return state.clock.skip(frames, state.controllers.pressure);
+    state.clock.beginPiece(frames, state.controllers.pressure);
+    const bool sounded = mix.render(state, frames);
+    state.clock.endPiece(frames);
+    if (sounded) output.add(mix.buffer(frames), outputSettings(), target, offset);
+    silent = !sounded && state.slots.active() == 0;
+    publishCount();
+}
+
+void PartEngine::freeAllVoices() {
+    impl_->state.slots.freeAll();
+    impl_->publishCount();
+}
+
+bool PartEngine::sounding() const { return impl_->state.slots.active() > 0; }
+
+void PartEngine::Impl::publishCount() {
+    const int count = state.slots.active();
+    voiceCount = count;
+    std::uint32_t seen = highestCount.get();
+    while (seen < static_cast<std::uint32_t>(count) &&
+           !highestCount.replace(seen, static_cast<std::uint32_t>(count))) {
+    }
+}
+
+int PartEngine::voiceCount() const { return impl_->voiceCount; }
+int PartEngine::takeHighestVoiceCount() { return static_cast<int>(impl_->highestCount.take()); }
+float PartEngine::takePeak() { return impl_->output.takePeak(); }
+
+// Content that no voice plays any more is released here.
+void PartEngine::idle() { impl_->state.patch.applyLoading(); }
+bool PartEngine::idleWaits() const { return impl_->state.patch.waits(); }
+
+}  // namespace stratovane

@@ -1,0 +1,35 @@
+#include "voice/part_events.h"
+
+#include "voice/controller_handling.h"
+#include "voice/element_notes.h"
+#include "voice/note_handling.h"
+#include "voice/part_state.h"
+
+namespace stratovane {
+
+void handlePartEvent(PartState& part, const MidiBytes& bytes, EventSource source) {
+    enum : std::uint8_t { keyUp = 0x80, keyDown = 0x90, control = 0xB0 };
+    enum : std::uint8_t { pressure = 0xD0, bend = 0xE0 };
+    const int first = bytes[1], second = bytes[2];
+    switch (bytes[0] & 0xF0) {
+        case keyUp:
+            return noteOff(part, first, source);
+        case keyDown:
+            if (second == 0) return noteOff(part, first, source);
+            if (first > 127 || second > 127) return;
+            // A key outside the part's zones is not for the arpeggiator either, which takes its
+            // keys here; such a key then reaches only the elements that want nothing of it.
+            if (source == EventSource::host && partZoneGain(part, first, second) == 0) return;
+            return noteOn(part, first, second, static_cast<std::int8_t>(bytes[3]), source);
+        case control:
+            return controlChange(part, first, second, source);
+        case pressure:
+            return channelPressure(part, first);
+        case bend:
+            return pitchBend(part, first, second);
+        default:
+            return;
+    }
+}
+
+}  // namespace stratovane

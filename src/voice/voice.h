@@ -1,0 +1,90 @@
+// One sounding note of an element.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include "base/random.h"
+#include "base/units.h"
+#include "patch/element.h"
+#include "voice/analog/analog_voice.h"
+#include "voice/envelope.h"
+#include "voice/modulation_envelope.h"
+#include "voice/part_clock.h"
+
+namespace stratovane {
+
+/// What modulation may move; set to its bases at every tick.
+struct VoiceInputs {
+    float pitch = 0;  // relative to middle C
+    float shape1 = 0, shape2 = 0;
+    float cutoff = 0;  // pitch of the filter's coefficient
+    float resonance = 0;
+    float pan = 0.5f;
+    float amplitude = 1;
+    float lfo3Rate = 1, envelopeRate = 1;  // factors
+};
+
+/// What the note gave its voice: added to, or multiplied with, the element's own settings.
+struct VoiceOffsets {
+    float shape1 = 0;
+    float cutoffVelocity = 0, cutoffRandom = 0;  // pitch
+    float resonance = 0;
+    float pan = 0;
+    float level = 1;
+};
+
+struct StereoGain {
+    float left = 0, right = 0;
+};
+
+/// 32 samples of a voice and the gains they are mixed with: start + index * perSample.
+struct VoiceTick {
+    alignas(64) float samples[tickFrames] = {};
+    StereoGain start, perSample;
+    std::int64_t firstFrame = 0;  // part time
+};
+
+/// Events write a voice's state; what has been rendered ahead (`ticks`) is played as it is, until a
+/// restart drops it. Audio thread.
+struct Voice {
+    static constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+
+    // The note
+    Element* element = nullptr;
+    std::uint32_t elementChanges = 0;  // the element's counter as last seen
+    std::int32_t startStamp = 0;       // event counter at note-on or release
+    int unisonIndex = 0;               // 0 without unison, else 1..n
+    float velocity = 0;                // normalised, -1..1; 0 when the element ignores it
+    float notePitch = 0;               // relative to middle C
+    float basePitch = 0;               // of middle C in units of the sound's phase per sample
+    float startGain = 0;               // of key and velocity zones
+    float randomValue = 0;             // -1..1, drawn once a note
+    float sustain = 0, pressure = 0, softPedal = 0;  // captured; sustain follows the pedal
+    Random random;
+
+    // Time
+    std::int64_t noteFrame = 0;
+    std::int64_t dueFrame = 0;  // of the next tick
+    bool ticked = false;        // false: new, or waiting for its note delay
+    bool startsAtRelease = false;
+
+    // Sound
+    float glidePitch = 0, glideTarget = 0, glidePerTick = 1;
+    SegmentEnvelope amp, filterEnvelope;
+    ModulationEnvelope modulation;
+    VoiceOffsets offsets;
+    VoiceInputs inputs;
+    PartStep step;
+    StereoGain gain;  // the next ramp starts here
+    AnalogVoice analog;
+
+    // Rendered ahead
+    VoiceTick ticks[2];
+    int playing = -1;  // index of the tick being played, -1 none
+
+    const ElementControls& controls() const { return element->controls(); }
+    bool waitsForRelease() const { return dueFrame == never; }
+};
+
+}  // namespace stratovane
