@@ -80,7 +80,7 @@ void Engine::idle() {
 bool Engine::busy() const {
     for (const auto& chain : chains_)
         if (chain->current().idleWaits()) return true;
-    return master_.waits();
+    return master_.loadingWaits();
 }
 
 int Engine::takeHighestVoices() {

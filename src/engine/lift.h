@@ -8,8 +8,9 @@
 
 namespace stratovane {
 
-/// Adds a share of what lies above two one-pole low-passes at 700 Hz / 2 pi back to the signal,
-/// which brightens it like already-mastered material. Threads: `set` on the UI thread; `process`
+/// Adds a share of the signal's lows (two one-pole low-passes at 700 / 2 pi Hz) and of its highs
+/// (the difference of neighbouring samples), which brings it near already-mastered material.
+/// Threads: `set` on the UI thread; `process`
 /// and `clear` on the audio thread.
 class Lift {
   public:

@@ -65,6 +65,8 @@ class Patch {
     void applyLoading();
     /// Whether applyMarked or applyLoading has something to do. Any thread.
     bool waits() const;
+    /// Whether applyLoading has something to do. Any thread.
+    bool loadingWaits() const { return loading_.any(); }
     /// From now on the audio thread owns the converted values. Builder.
     void handOver() { live_ = true; }
     /// Recomputes everything that depends on the rate in hertz. Nothing may render meanwhile.

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "host/test_host.h"
+#include "host/host_support.h"
 
 namespace stratovane {
 namespace {
@@ -111,7 +111,8 @@ TEST(Boundary, DescribesItsOutputs) {
             EXPECT_EQ(p.flags, c.flags[static_cast<std::size_t>(i)]);
             EXPECT_EQ(p.arrangement, c.arrangements[static_cast<std::size_t>(i)]);
             EXPECT_LE(std::strlen(p.shortLabel), 7u);
-            labels += (i == 0 ? "" : ",") + std::string{p.label};
+            if (i > 0) labels += ',';
+            labels += p.label;
         }
         EXPECT_EQ(labels, c.labels);
         OutputProperties untouched;

@@ -77,21 +77,20 @@ TEST(Notes, CrossfadesScaleTheAmplitude) {
 TEST(Notes, TriggerConditionsChooseElements) {
     constexpr int conditions = 10;
     TestPart part{conditions};
-    for (int e = 1; e <= conditions; ++e)
-        part.set(e, tone::triggerCondition, entry(e - 1, 15.9f));
+    for (int e = 1; e <= conditions; ++e) part.set(e, tone::triggerCondition, entry(e - 1, 15.9f));
     const auto players = [&](EventSource source = EventSource::host) {
         part.event(0x90, 60, 100, 0, source);
         std::string names;
         for (int i = 0; i < part.active(); ++i)
-            if (part.slot(i).key == 60)
-                names += static_cast<char>('0' + part.slot(i).element - 1);
+            if (part.slot(i).key == 60) names += static_cast<char>('0' + part.slot(i).element - 1);
         part.control(120, 0);
         part.off(60);
         part.run(64);
         return names;
     };
     // 0 always, 1/2 wheel up/down, 3/4 sustain up/down, 5/6 odd/even patch note, 7/8 odd/even
-    // element note, 9 not from the arpeggiator. The first note of a part is even, of an element odd.
+    // element note, 9 not from the arpeggiator. The first note of a part is even, of an element
+    // odd.
     EXPECT_EQ(players(), "023679");
     EXPECT_EQ(players(), "023589");
     part.control(1, 127);
@@ -120,8 +119,8 @@ TEST(Notes, MuteConditionsEndOtherVoices) {
         int value;
         Notes left;
     } cases[] = {
-        {"none", 0, {60, 60, 62, 64, 64}},    {"same note", 1, {60, 60, 62, 64}},
-        {"other elements", 2, {62, 64}},      {"whole patch", 3, {64}},
+        {"none", 0, {60, 60, 62, 64, 64}},       {"same note", 1, {60, 60, 62, 64}},
+        {"other elements", 2, {62, 64}},         {"whole patch", 3, {64}},
         {"none again", 4, {60, 60, 62, 64, 64}}, {"group 1", 5, {60, 62, 64, 64}},
         {"group 2", 6, {60, 60, 62, 64, 64}},
     };
@@ -195,8 +194,7 @@ TEST(Notes, BadBytesAreIgnored) {
     TestPart part{1};
     for (int status = 0; status < 256; ++status)
         for (const int first : {0, 127, 128, 200, 255})
-            for (const int second : {0, 1, 127, 128, 255})
-                part.event(status, first, second, 128);
+            for (const int second : {0, 1, 127, 128, 255}) part.event(status, first, second, 128);
     part.run(100);
     for (int i = 0; i < part.active(); ++i) EXPECT_LT(part.slot(i).note, 128);
 }

@@ -69,9 +69,9 @@ TEST(Allocation, TheVoiceMissedLeastGoes) {
          },
          {60, 64, 70}},
         {"a low priority before an older voice",
-         [](TestPart& p) { p.set(3, tone::priority, 0); }, {60, 62, 70}},
-        {"a high priority last",
-         [](TestPart& p) { p.set(1, tone::priority, 1); }, {60, 64, 70}},
+         [](TestPart& p) { p.set(3, tone::priority, 0); },
+         {60, 62, 70}},
+        {"a high priority last", [](TestPart& p) { p.set(1, tone::priority, 1); }, {60, 64, 70}},
     };
     for (const Claims& c : cases) {
         TestPart part = lasting(3);

@@ -1,4 +1,4 @@
-#include "host/test_host.h"
+#include "host/host_support.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -85,7 +85,7 @@ std::string TestHost::text(Opcode opcode, std::int32_t index) const {
     std::memset(buffer, '#', sizeof buffer);
     ask(opcode, index, 0, buffer);
     const auto* end = static_cast<const char*>(std::memchr(buffer, 0, sizeof buffer));
-    return end == nullptr ? "no end" : std::string{buffer, end};
+    return end == nullptr ? "no end" : std::string(static_cast<const char*>(buffer), end);
 }
 
 void TestHost::start(float rate, std::int32_t block) {
