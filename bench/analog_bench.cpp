@@ -89,7 +89,7 @@ void calibrate(benchmark::State& state) {
             benchmark::DoNotOptimize(x);
         }
     }
-    state.counters["ns"] =
+    state.counters["per_sum"] =
         benchmark::Counter(static_cast<double>(state.iterations()) * 1000,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
