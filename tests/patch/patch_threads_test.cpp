@@ -72,6 +72,7 @@ TEST(Threads, StoreAndApplySideBySide) {
     }
     editor.join();
     EXPECT_FALSE(patch.waits());
+    EXPECT_GE(level, 0.0f);
     const ElementControls& sound = patch.element(1).controls();
     EXPECT_EQ(patch.element(1).type(), ElementType::sample);
     EXPECT_EQ(sound.sample.set, 77);
