@@ -138,7 +138,8 @@ void AnalogVoice::render(float* y) {
     MixInput mix{drive, direct, drive3, leak_, shape_, osc3_.output()};
     float factors[tickFrames];
     const bool triangle = osc3_.wave() == Osc3Wave::triangle;
-    const bool apart = triangle || mute3_ || filterMod_ != 0;  // more than a voice of the mix
+    // Whether oscillator 3 is more than a voice of the mix.
+    const bool apart = triangle || mute3_ || isModulated(filter_.core());
     if (apart) {
         float osc3[tickFrames];
         osc3_.integrate(drive3, increments, osc3);

@@ -6,6 +6,10 @@ namespace stratovane {
 /// Which loop runs. The modulated ones take a lane of factors beside the signal.
 enum class FilterCore { digital, digitalModulated, alternativeBand, ladder, ladderModulated };
 
+inline bool isModulated(FilterCore core) {
+    return core == FilterCore::digitalModulated || core == FilterCore::ladderModulated;
+}
+
 /// Aligned so that lanes can load several voices' records with transposes: states, then controls.
 struct alignas(64) FilterKernel {
     // States. The ladder's four stages stand in low, band, low2, band2.
