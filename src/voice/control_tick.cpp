@@ -47,6 +47,7 @@ void setRamp(const PartState& part, Voice& voice, VoiceTick& tick) {
 
 }  // namespace
 
+// Sounds that can run out of data end here, too, once they have been played to their end.
 bool hasEnded(const Voice& voice) {
     return voice.amp.state != VoiceState::sounding && voice.amp.level < endLevel;
 }

@@ -11,11 +11,14 @@ void handlePartEvent(PartState& part, const MidiBytes& bytes, EventSource source
     enum : std::uint8_t { keyUp = 0x80, keyDown = 0x90, control = 0xB0 };
     enum : std::uint8_t { pressure = 0xD0, bend = 0xE0 };
     const int first = bytes[1], second = bytes[2];
+    const auto up = [&] {
+        if (first != pedalKey) noteOff(part, first, source);
+    };
     switch (bytes[0] & 0xF0) {
         case keyUp:
-            return noteOff(part, first, source);
+            return up();
         case keyDown:
-            if (second == 0) return noteOff(part, first, source);
+            if (second == 0) return up();
             if (first > 127 || second > 127) return;
             // A key outside the part's zones is not for the arpeggiator either, which takes its
             // keys here; such a key then reaches only the elements that want nothing of it.

@@ -46,6 +46,8 @@ float targetPitch(Voice& voice) {
     return random + spread + element.pitchKeytrack * voice.notePitch;
 }
 
+constexpr double longestDelayFrames = 1e15;  // however slow the tempo
+
 std::int64_t delayFrames(const PartState& part, const ElementControls& element, float velocity,
                          float random) {
     switch (element.noteDelay) {
@@ -58,7 +60,8 @@ std::int64_t delayFrames(const PartState& part, const ElementControls& element, 
         case NoteDelay::tempo: {
             if (!(part.time.beatsPerFrame > 0)) return 0;
             const double beats = 1.0 / double(tempoDivision(1 - element.delayTime).perBeat);
-            return static_cast<std::int64_t>(beats / part.time.beatsPerFrame);
+            return static_cast<std::int64_t>(
+                std::min(beats / part.time.beatsPerFrame, longestDelayFrames));
         }
         default:
             return 0;

@@ -1,6 +1,7 @@
 // A part with its note handling open to view, and shorthands to play it.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <vector>
@@ -133,5 +134,9 @@ class TestPart {
 };
 
 using Notes = std::multiset<int>;
+
+inline bool isSilent(const std::vector<float>& x) {
+    return std::ranges::all_of(x, [](float y) { return y == 0; });
+}
 
 }  // namespace stratovane

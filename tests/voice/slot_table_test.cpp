@@ -46,14 +46,15 @@ TEST(SlotTable, StaysSortedAndAPermutationLikeAPlainList) {
         std::set<int> voices;
         for (int i = 0; i < voicesPerPart; ++i) {
             voices.insert(table[i].voice);
-            if (i < table.active())
-                ASSERT_EQ((Entry{table[i].voice, table[i].element}),
-                          model[static_cast<std::size_t>(i)]);
+        }
+        for (int i = 0; i < table.active(); ++i) {
+            const Entry found{table[i].voice, table[i].element};
+            ASSERT_EQ(found, model[static_cast<std::size_t>(i)]);
         }
         ASSERT_EQ(voices.size(), 64u);
     }
-    for (int voice = 0; voice < voicesPerPart; ++voice)
-        if (const int slot = table.slotOf(voice); slot >= 0) EXPECT_EQ(table[slot].voice, voice);
+    for (int slot = 0; slot < voicesPerPart; ++slot)
+        EXPECT_EQ(table.slotOf(table[slot].voice), slot < table.active() ? slot : -1);
 }
 
 }  // namespace

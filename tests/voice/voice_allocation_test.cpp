@@ -8,17 +8,14 @@ namespace stratovane {
 namespace {
 
 // Voices that last: a slow mute fade.
-TestPart lasting(int elements) {
-    TestPart part{elements};
-    part.setAll(tone::muteFade, 1);
-    part.setAll(tone::envelopeMode, 1);
-    return part;
-}
+struct LastingPart : TestPart {
+    explicit LastingPart(int elements) : TestPart{elements} { setAll(tone::muteFade, 1); }
+};
 
 float voices(int count) { return entry(count - 1, 63.9f); }
 
 TEST(Allocation, AnElementAtItsOwnLimitTakesItsOldestVoice) {
-    TestPart part = lasting(2);
+    LastingPart part{2};
     part.set(1, tone::maxVoices, voices(2));
     for (const int note : {60, 62, 64}) {
         part.on(note);
@@ -30,7 +27,7 @@ TEST(Allocation, AnElementAtItsOwnLimitTakesItsOldestVoice) {
 }
 
 TEST(Allocation, AVoiceTakenFadesInOneOfSixSlotsBeyondTheLimit) {
-    TestPart part = lasting(1);
+    LastingPart part{1};
     part.set(0, global::maxVoices, voices(4));
     for (int note = 40; note < 60; ++note) {
         part.on(note);
@@ -42,7 +39,7 @@ TEST(Allocation, AVoiceTakenFadesInOneOfSixSlotsBeyondTheLimit) {
 }
 
 TEST(Allocation, TheSmallestLimitKeepsOneVoice) {
-    TestPart part = lasting(1);
+    LastingPart part{1};
     part.set(1, tone::maxVoices, 0);
     part.on(60);
     part.run(500);
@@ -74,21 +71,18 @@ TEST(Allocation, TheVoiceMissedLeastGoes) {
         {"a high priority last", [](TestPart& p) { p.set(1, tone::priority, 1); }, {60, 64, 70}},
     };
     for (const Claims& c : cases) {
-        TestPart part = lasting(3);
+        LastingPart part{3};
         part.setAll(tone::release, 1);
         part.set(0, global::maxVoices, voices(3));
         // One element a key, so that priorities can differ.
-        for (int e = 1; e <= 3; ++e) {
-            part.set(e, elementIndex::keyLow, entry(58 + 2 * e, 127.9f));
-            part.set(e, elementIndex::keyHigh, entry(e == 1 ? 70 : 58 + 2 * e, 127.9f));
-        }
-        part.set(1, elementIndex::keyLow, entry(60, 127.9f));
         for (int e = 1; e <= 3; ++e) {
             for (int other = 1; other <= 3; ++other) part.set(other, tone::mute, e != other);
             part.on(58 + 2 * e);
             part.run(2000);
         }
-        part.setAll(tone::mute, 0);
+        part.set(2, tone::mute, 1);
+        part.set(3, tone::mute, 1);
+        part.set(1, tone::mute, 0);
         c.arrange(part);
         part.run(32);
         part.on(70);
@@ -100,7 +94,7 @@ TEST(Allocation, TheVoiceMissedLeastGoes) {
 }
 
 TEST(Allocation, QuietVoicesGoBeforeOlderLouderOnes) {
-    TestPart part = lasting(1);
+    LastingPart part{1};
     part.set(0, global::maxVoices, voices(3));
     part.set(1, tone::release, 0.5f);
     for (const int note : {60, 62, 64}) {
@@ -121,7 +115,7 @@ TEST(Allocation, QuietVoicesGoBeforeOlderLouderOnes) {
 }
 
 TEST(Allocation, AnElementsLimitHoldsBesideQuietVoicesOfOthers) {
-    TestPart part = lasting(2);
+    LastingPart part{2};
     part.set(1, tone::maxVoices, 0);
     part.set(2, tone::release, 0.5f);
     part.on(60);
@@ -136,7 +130,7 @@ TEST(Allocation, AnElementsLimitHoldsBesideQuietVoicesOfOthers) {
 }
 
 TEST(Allocation, RandomNotesKeepLimitsAndOrder) {
-    TestPart part = lasting(8);
+    LastingPart part{8};
     Random random{3};
     for (int step = 0; step < 4000; ++step) {
         if (step % 50 == 0) part.set(0, global::maxVoices, random.unipolar());

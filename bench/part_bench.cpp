@@ -1,0 +1,104 @@
+// One part: a control tick without sound, whole blocks of a part with 64 analog voices, and sixteen
+// such parts. Times are per voice-sample, everything included, unless named otherwise.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <vector>
+
+#include "patch/element.h"
+#include "patch/parameter_ids.h"
+#include "voice/control_tick.h"
+#include "voice/part_engine.h"
+#include "voice/part_events.h"
+#include "voice/part_state.h"
+
+namespace stratovane {
+namespace {
+
+constexpr int blockFrames = 256;
+constexpr int voices = 64;
+
+struct PlayingPart {
+    EngineShared shared;
+    PartEngine part;
+
+    /// `dual` adds the second oscillator, `ladder` takes the costlier filter.
+    PlayingPart(std::uint32_t seed, bool dual, bool ladder) : part{shared, 1, seed} {
+        part.setSampleRate(44100, blockFrames);
+        Patch& patch = part.patch();
+        patch.makeSawtooth();
+        patch.set(0, global::maxVoices, 1.0f);
+        constexpr int filter = 17, mix2 = 29;
+        patch.set(1, filter, ladder ? 1.0f : 0.0f);
+        if (dual) patch.set(1, mix2, 0.5f);
+        patch.handOver();
+    }
+    /// Notes in as many phases as there are voices.
+    void start(float* const* outputs, std::uint8_t* touched) {
+        for (int i = 0; i < voices; ++i) {
+            part.handleEvent({0x90, static_cast<std::uint8_t>(32 + i), 100, 0}, EventSource::host);
+            part.render({outputs, touched, 1}, 0, 5, 0);
+        }
+    }
+};
+
+struct Outputs {
+    std::vector<float> left = std::vector<float>(blockFrames), right = left;
+    float* pointers[2] = {left.data(), right.data()};
+    std::uint8_t touched[2] = {};
+};
+
+void blocks(benchmark::State& state, int parts) {
+    const bool dual = state.range(0) != 0, ladder = state.range(1) != 0;
+    Outputs out;
+    std::vector<std::unique_ptr<PlayingPart>> playing;
+    int sounding = 0;
+    for (int i = 0; i < parts; ++i) {
+        playing.push_back(
+            std::make_unique<PlayingPart>(static_cast<std::uint32_t>(i), dual, ladder));
+        playing.back()->start(out.pointers, out.touched);
+        sounding += playing.back()->part.voiceCount();
+    }
+    for (auto _ : state)
+        for (auto& p : playing) p->part.render({out.pointers, out.touched, 1}, 0, blockFrames, 0);
+    const double samples = static_cast<double>(state.iterations()) * blockFrames;
+    state.counters["voices"] = sounding;
+    state.counters["per_voice_sample"] = benchmark::Counter(
+        samples * sounding, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["cores_at_44100"] = benchmark::Counter(
+        samples / 44100, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void onePart(benchmark::State& state) { blocks(state, 1); }
+void sixteenParts(benchmark::State& state) { blocks(state, 16); }
+
+/// Envelopes, glide, inputs, gains, oscillator and filter controls and the 32 samples of one voice.
+void tick(benchmark::State& state) {
+    EngineShared shared;
+    PartState part{shared, 1};
+    part.prepare(44100, blockFrames);
+    part.patch.makeSawtooth();
+    handlePartEvent(part, {0x90, 60, 100, 0}, EventSource::host);
+    part.clock.beginPiece(32, 0);
+    Voice& voice = part.voiceAt(0);
+    for (auto _ : state) {
+        voice.dueFrame = 0;
+        renderTick(part, voice);
+        benchmark::DoNotOptimize(voice.gain);
+    }
+}
+
+/// A part that has fallen silent.
+void silentPart(benchmark::State& state) {
+    Outputs out;
+    PlayingPart playing{1, false, true};
+    for (auto _ : state) playing.part.render({out.pointers, out.touched, 1}, 0, blockFrames, 0);
+}
+
+BENCHMARK(tick);
+BENCHMARK(onePart)->ArgNames({"dual", "ladder"})->ArgsProduct({{0, 1}, {0, 1}});
+BENCHMARK(sixteenParts)->ArgNames({"dual", "ladder"})->ArgsProduct({{0, 1}, {0, 1}});
+BENCHMARK(silentPart);
+
+}  // namespace
+}  // namespace stratovane
