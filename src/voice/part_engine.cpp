@@ -108,6 +108,6 @@ float PartEngine::takePeak() { return impl_->output.takePeak(); }
 
 // Content that no voice plays any more is released here.
 void PartEngine::idle() { impl_->state.patch.applyLoading(); }
-bool PartEngine::idleWaits() const { return impl_->state.patch.waits(); }
+bool PartEngine::idleWaits() const { return impl_->state.patch.loadingWaits(); }
 
 }  // namespace stratovane

@@ -32,10 +32,7 @@ void Osc3::setLevels(float level, float sub) {
 
 void Osc3::tick(float halfPeriodsPerSample, float leak, float threshold) {
     target_ = std::clamp(halfPeriodsPerSample, lowestIncrement, highestIncrement);
-    if (increment_ < threshold && increment_ != target_) {
-        if (increment_ > 0) slope_ *= target_ / increment_;  // the fall keeps matching the edges
-        increment_ = target_;
-    }
+    if (increment_ < threshold) increment_ = target_;
     leak_ = leak;
     if (std::fabs(output_) < integratorFloor) output_ = integratorFloor;
 }
