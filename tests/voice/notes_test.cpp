@@ -267,6 +267,21 @@ TEST(NoteDelay, AKeyLetGoWhileItWaitsNeverSounds) {
     EXPECT_EQ(part.playing(), Notes{60});
 }
 
+TEST(NoteDelay, AWaitingVoiceThatIsMutedLeavesAtOnce) {
+    for (const int mode : {1, 2, 3}) {
+        TestPart part{1};
+        part.set(1, tone::noteDelay, entry(mode, 7.9f));
+        part.set(1, tone::delayTime, 0.5f);
+        part.set(1, tone::muteFade, 1);
+        part.on(60);
+        part.run(1000);
+        EXPECT_EQ(part.active(), 1);
+        part.control(120, 0);
+        EXPECT_TRUE(isSilent(part.run(32)));
+        EXPECT_EQ(part.active(), 0) << mode;
+    }
+}
+
 TEST(NoteDelay, ANoteThatWaitsForReleaseFadesWithTheTimeHeld) {
     const auto loudest = [](int heldFrames, float fade) {
         TestPart part{1};
