@@ -1,11 +1,13 @@
 #include "engine/engine.h"
 
 #include "engine/transport.h"
+#include "voice/analog/impulse_table.h"
 
 namespace stratovane {
 
 Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
     : shared_{shared}, trace_{trace}, pairs_{outputPairs}, seeds_{20051004}, master_{shared} {
+    prepareImpulseTable();
     for (int part = 0; part < parts; ++part) {
         auto instance = makeInstance(part);
         if (part == 0) instance->patch().makeSawtooth();
@@ -31,6 +33,7 @@ void Engine::adopt(int part, std::unique_ptr<PartEngine> instance) {
     patch(part).store(0, latch, 0.0f);
     instance->patch().handOver();
     chain(part).append(std::move(instance));
+    patch(part).refreshTuning();  // which may have moved while the instance was filled
 }
 
 void Engine::setSampleRate(double rate, std::int32_t blockFrames) {

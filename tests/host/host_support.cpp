@@ -94,6 +94,16 @@ void TestHost::start(float rate, std::int32_t block) {
     ask(Opcode::mainsChanged, 0, 1);
 }
 
+void TestHost::settle() {
+    constexpr int patience = 1000;
+    int calls = 0;
+    do {
+        render(0);
+        ask(Opcode::idle);
+    } while (ask(Opcode::vendorSpecific, fourCharacters("busy")) != 0 && ++calls < patience);
+    EXPECT_LT(calls, patience) << "always busy";
+}
+
 void TestHost::midi(std::vector<MidiEvent> events) const {
     // The list's pointers continue behind its declared end.
     std::vector<std::intptr_t> memory(events.size() + 2);

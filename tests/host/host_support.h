@@ -41,6 +41,8 @@ class TestHost {
                       void* pointer = nullptr, float number = 0) const;
     std::string text(Opcode opcode, std::int32_t index = 0) const;
     void start(float rate = 44100, std::int32_t block = 256);
+    /// Blocks of no frames and idle calls until the plug-in has nothing left to load.
+    void settle();
     void midi(std::vector<MidiEvent> events) const;
     void render(std::int32_t frames);
     float peak(std::size_t output) const;

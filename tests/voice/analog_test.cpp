@@ -341,15 +341,6 @@ TEST(AnalogVoice, StartPhaseMovesTheFirstEdge) {
     EXPECT_NEAR(firstEdge(0.25f, -0.5f, 1) - atOnce, 360, 2);
 }
 
-TEST(AnalogVoice, AGlideOfASlowSyncLeavesNoConstant) {
-    Player p{48000, 0};
-    p.shape1 = 1;
-    double hz = 60;
-    p.steady(hz);
-    for (int step = 0; step < 20; ++step, hz *= 1.04)
-        EXPECT_LT(std::fabs(measure::mean(p.play(hz, 320))), 0.35) << step;
-}
-
 TEST(AnalogVoice, SlowOscillatorsFollowAtOnceFastOnesAtTheNextPeriod) {
     const auto samplesToEdge = [](double fromHz, double toHz) {
         Player p{48000, 4};
