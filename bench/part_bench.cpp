@@ -28,7 +28,7 @@ struct PlayingPart {
         Patch& patch = part.patch();
         patch.makeSawtooth();
         patch.set(0, global::maxVoices, 1.0f);
-        constexpr int filter = 17, mix2 = 29;
+        constexpr int filter = 17, mix2 = 33;
         patch.set(1, filter, ladder ? 1.0f : 0.0f);
         if (dual) patch.set(1, mix2, 0.5f);
         patch.handOver();
