@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 namespace stratovane::render {
@@ -79,7 +80,8 @@ void PluginHost::sendEvents(std::span<const SongEvent> events, std::int64_t star
     exclusive_.clear();
     midi_.reserve(events.size());  // the list points into both
     exclusive_.reserve(events.size());
-    list_.assign(headWords + events.size(), 0);
+    // The record itself has room for two.
+    list_.assign(headWords + std::max(events.size(), std::size(EventList{}.events)), 0);
     auto* list = new (list_.data()) EventList;
     list->count = static_cast<std::int32_t>(events.size());
     std::intptr_t* pointer = list_.data() + headWords;

@@ -35,6 +35,7 @@ std::optional<Failure> Take::open(const std::string& beside, int channels) {
 }
 
 std::optional<Failure> Take::append(std::span<float* const> buffers, std::int32_t frames) {
+    if (frames == 0) return {};
     const auto count = static_cast<std::size_t>(frames);
     interleaved_.resize(count * channels_);
     for (std::size_t channel = 0; channel < channels_; ++channel) {
@@ -58,6 +59,7 @@ std::optional<Failure> Take::read(std::int64_t frame, std::size_t capacity,
     const std::int64_t left = std::max<std::int64_t>(0, frames_ - frame);
     const std::size_t count = std::min(capacity, static_cast<std::size_t>(left)) * channels_;
     samples.resize(count);
+    if (count == 0) return {};
     const auto offset = static_cast<std::size_t>(frame) * channels_ * sizeof(float);
     if (fseeko(file_.get(), static_cast<off_t>(offset), SEEK_SET) != 0 ||
         std::fread(samples.data(), sizeof(float), count, file_.get()) != count)
