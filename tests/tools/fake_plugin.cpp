@@ -1,5 +1,6 @@
 // A plug-in of known sound that writes down what its host does. Part 1 has a patch from the start,
-// the others after a program change and three idle calls; notes of part 2 come out of pair 2.
+// the others after a program change and three idle calls, none after an exclusive message; notes of
+// part 2 come out of pair 2.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -128,6 +129,8 @@ class FakePlugIn {
                 for (int byte = 0; byte < exclusive.dumpLength; ++byte)
                     log_ << ' ' << int{exclusive.dump[byte]};
                 log_ << '\n';
+                wanted_.fill(false);
+                busy_ = 1;
                 continue;
             }
             const auto& midi = *reinterpret_cast<const MidiEvent*>(event);

@@ -290,6 +290,7 @@ TEST_F(Render, ManyEventsOnOneFrameComeInPortions) {
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with("render")) inBlock = 0;
         if (!line.starts_with("midi")) continue;
+        EXPECT_TRUE(line.starts_with("midi 0: ")) << line;
         EXPECT_TRUE(line.ends_with(" " + std::to_string(all % 250 % 128))) << line;
         most = std::max(most, ++inBlock);
         ++all;
@@ -331,6 +332,10 @@ TEST_F(Render, NamesChannelsWithoutAPatch) {
     EXPECT_NE(out_.find("\"channelsWithoutPatch\": [3, 10]}"), std::string::npos) << out_;
     EXPECT_EQ(run("--tail none --quiet"), 0);
     EXPECT_EQ(out_ + err_, "");
+
+    song(midi({0, 0x90, 60, 9, 96, 0x80, 60, 0, 0, 0xF0, 2, 1, 0xF7, 0, 0x90, 60, 9}));
+    sound("--tail none");
+    EXPECT_EQ(err_.substr(0, 39), "Channel 1 plays on a part without a pat") << err_;
 }
 
 TEST_F(Render, SettingsStayPrivate) {
