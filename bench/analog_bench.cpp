@@ -75,8 +75,8 @@ void run(benchmark::State& state, const Scenario& s) {
             benchmark::ClobberMemory();
         }
     }
-    state.counters["ns"] = benchmark::Counter(
-        static_cast<double>(state.iterations()) * static_cast<double>(count) * tickFrames * 1e-9,
+    state.counters["per_sample"] = benchmark::Counter(
+        static_cast<double>(state.iterations()) * static_cast<double>(count) * tickFrames,
         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
@@ -89,7 +89,7 @@ void calibrate(benchmark::State& state) {
             benchmark::DoNotOptimize(x);
         }
     }
-    state.counters["ns"] =
+    state.counters["per_sum"] =
         benchmark::Counter(static_cast<double>(state.iterations()) * 1000,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }

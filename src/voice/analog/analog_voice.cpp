@@ -15,6 +15,10 @@ constexpr float mixFloor = 0.01f;              // of oscillator 2, likewise
 constexpr float oscillatingResonance = 0.98f;  // from here on the filter rings by itself
 constexpr float immediatePitchHz = 250;        // slower oscillators follow a new pitch at once
 
+bool hasLadder(FilterMode mode) {
+    return mode == FilterMode::low24 || mode == FilterMode::low12 || mode >= FilterMode::damper;
+}
+
 ShapeWave shapeWave(std::int32_t wave) {
     return static_cast<ShapeWave>(std::clamp<std::int32_t>(wave, 0, 6));
 }
@@ -55,8 +59,7 @@ void AnalogVoice::start(const ElementControls& controls, float velocity, float s
     const AnalogControls& a = controls.analog;
     const FilterMode mode = controls.filterMode;
     *this = AnalogVoice{};
-    ladder_ = a.ladder && (mode == FilterMode::low24 || mode == FilterMode::low12 ||
-                           mode >= FilterMode::damper);
+    ladder_ = a.ladder && hasLadder(mode);
     dual_ = a.filterMod + a.filterDistortion >= modulationFloor || a.mix2 >= mixFloor ||
             shapeWave(a.wave) == ShapeWave::wavetable || a.mute3;
     const ShapeWave wave1 = shapeWave(a.wave);
@@ -114,7 +117,7 @@ void AnalogVoice::chooseCore(const ElementControls& controls) {
     else if (a.ladder && modulated && (mode == FilterMode::band18 || mode == FilterMode::peak))
         core = FilterCore::alternativeBand;
     filter_.setCore(core, filterMod_, distortion);
-    filter_.setMode(mode);
+    if (!ladder_ || hasLadder(mode)) filter_.setMode(mode);  // else the old one until the next note
 }
 
 void AnalogVoice::tick(float phasePerSample, float shape1, float shape2,

@@ -32,7 +32,10 @@ void Osc3::setLevels(float level, float sub) {
 
 void Osc3::tick(float halfPeriodsPerSample, float leak, float threshold) {
     target_ = std::clamp(halfPeriodsPerSample, lowestIncrement, highestIncrement);
-    if (increment_ < threshold) increment_ = target_;
+    if (increment_ < threshold && increment_ != target_) {
+        if (increment_ > 0) slope_ *= target_ / increment_;  // the fall keeps matching the edges
+        increment_ = target_;
+    }
     leak_ = leak;
     if (std::fabs(output_) < integratorFloor) output_ = integratorFloor;
 }
@@ -52,6 +55,24 @@ float Osc3::step() const {
 }
 
 void Osc3::run(float* drive, float* increments) {
+    const bool unheard = !audible() && slope_ == 0 && wave_ != Osc3Wave::triangle;
+    if (unheard && increment_ == target_)
+        skipTick();
+    else
+        runEvents(increments);
+    std::copy(ring_.samples(), ring_.samples() + tickFrames, drive);
+    ring_.advance();
+}
+
+/// Keeps time only, so that a level turned up finds the phase where it would be.
+void Osc3::skipTick() {
+    phase_ += tickFrames * double(increment_);
+    const int wraps = static_cast<int>(phase_);
+    phase_ -= wraps;
+    counter_ = (counter_ + static_cast<unsigned>(wraps)) & 3;
+}
+
+void Osc3::runEvents(float* increments) {
     const ImpulseTable& table = impulseTable();
     const bool triangle = wave_ == Osc3Wave::triangle, heard = audible();
     PhaseRun run;
@@ -78,8 +99,6 @@ void Osc3::run(float* drive, float* increments) {
     phase_ = run.phase;
     if (slope_ != 0) ring_.addSlope(slopeFrom, tickFrames, slope_);
     if (triangle) std::fill(increments + incrementFrom, increments + tickFrames, increment_);
-    std::copy(ring_.samples(), ring_.samples() + tickFrames, drive);
-    ring_.advance();
 }
 
 void Osc3::integrate(const float* drive, const float* increments, float* y) {

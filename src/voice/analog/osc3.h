@@ -33,6 +33,8 @@ class Osc3 {
 
   private:
     float step() const;
+    void skipTick();
+    void runEvents(float* increments);
 
     Osc3Wave wave_ = Osc3Wave::saw;
     double phase_ = 1;

@@ -46,7 +46,12 @@ void ShapeOscillator::tick(float periodsPerSample, float shape, float threshold)
     if (wave_ == ShapeWave::sawPitch || wave_ == ShapeWave::squarePitch)
         increment *= std::exp((shape - 0.5f) * semitonePitch);
     target_ = std::clamp(increment, lowestIncrement, highestIncrement);
-    if (increment_ < threshold) increment_ = target_;
+    if (increment_ < threshold && increment_ != target_) {
+        // The slope comes along, or a slow saw's fall would no longer match its edges: with a
+        // sixteenfold sync a glide would leave a constant larger than the wave.
+        if (increment_ > 0) slope_ *= target_ / increment_;
+        increment_ = target_;
+    }
     switch (wave_) {
         case ShapeWave::sawSync:
         case ShapeWave::squareSync: {
