@@ -12,7 +12,8 @@ TextOut::TextOut(std::span<char> buffer) noexcept : buffer_{buffer} { buffer_[0]
 void TextOut::text(std::string_view text) noexcept {
     const std::size_t room = buffer_.size() - 1 - length_;
     const std::size_t taken = std::min(room, text.size());
-    std::memcpy(buffer_.data() + length_, text.data(), taken);
+    // An empty view may point nowhere, which memcpy must not be given.
+    if (taken > 0) std::memcpy(buffer_.data() + length_, text.data(), taken);
     length_ += taken;
     buffer_[length_] = '\0';
     cut_ = cut_ || taken < text.size();

@@ -67,25 +67,28 @@ bool effectiveEco(float patchEco, bool receives, float own);
 
 // Conversions that several blocks share: a field, or a field of a nested record, by its path.
 
-template <auto... path>
-auto& field(ElementScope& s) {
-    return (s.controls.*....*path);
+template <auto first, auto... rest>
+auto& field(auto& record) {
+    if constexpr (sizeof...(rest) == 0)
+        return record.*first;
+    else
+        return field<rest...>(record.*first);
 }
 template <auto... path>
 void raw(ElementScope& s, float v) {
-    field<path...>(s) = v;
+    field<path...>(s.controls) = v;
 }
 template <auto... path>
 void flag(ElementScope& s, float v) {
-    field<path...>(s) = isOn(v);
+    field<path...>(s.controls) = isOn(v);
 }
 template <auto... path>
 void bipolar(ElementScope& s, float v) {
-    field<path...>(s) = 2.0f * v - 1.0f;
+    field<path...>(s.controls) = 2.0f * v - 1.0f;
 }
 template <auto... path>
 void seconds(ElementScope& s, float v) {
-    field<path...>(s) = timeSeconds(v);
+    field<path...>(s.controls) = timeSeconds(v);
 }
 
 // The blocks, one file each.

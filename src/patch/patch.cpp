@@ -106,7 +106,12 @@ void Patch::settle(int number, int index, When when) {
     if (!live_) return apply(number, index);
     if (loads(number, index)) return loading_.set(number, index);
     if (when == When::owner) return apply(number, index);
-    changed_.set(number, index);
+    markForOwner(changed_, number, index);
+}
+
+void Patch::markForOwner(ParameterMarks& marks, int number, int index) {
+    marks.set(number, index);
+    due_.set(1);  // last, so that whoever takes it finds the mark
 }
 
 void Patch::apply(int number, int index) {
@@ -127,6 +132,7 @@ void Patch::applyGlobal(int index) {
 }
 
 void Patch::applyMarked() {
+    if (due_.take() == 0) return;
     loaded_.take([this](int number, int index) { apply(number, index); });
     changed_.take([this](int number, int index) {
         // A type change on its way may have made a plain row of one that loads.
@@ -140,10 +146,10 @@ void Patch::applyMarked() {
 
 void Patch::applyLoading() {
     // Content is not asked for yet: what a row chooses only has to reach the controls.
-    loading_.take([this](int number, int index) { loaded_.set(number, index); });
+    loading_.take([this](int number, int index) { markForOwner(loaded_, number, index); });
 }
 
-bool Patch::waits() const { return changed_.any() || loading_.any() || loaded_.any(); }
+bool Patch::waits() const { return due_.get() != 0 || loading_.any(); }
 
 void Patch::setSampleRate(double rate) {
     rate_ = rate;

@@ -128,6 +128,7 @@ class Patch {
     void rememberChange(int element, int index);
     void write(int element, int index, float value, When when);
     void settle(int element, int index, When when);
+    void markForOwner(ParameterMarks& marks, int element, int index);
     void apply(int element, int index);
     void applyGlobal(int index);
     bool loads(int element, int index) const;
@@ -146,6 +147,7 @@ class Patch {
     ParameterMarks changed_;  // for the owner of the controls
     ParameterMarks loading_;  // for the UI thread, which passes them on as
     ParameterMarks loaded_;   // for the owner again
+    SharedBits due_;          // whether the owner has marks to look for
     std::array<Shared<std::uint16_t>, 128> controllerMap_;
     Shared<std::int32_t> lastChanged_{noParameter};
     SharedBits learnArmed_;

@@ -12,7 +12,10 @@ using S = SampleControls;
 constexpr auto sample = &C::sample;
 
 void setVelocityMapMode(ElementScope& s, float v) {
-    s.controls.sample.velocityMapMode = choice(v, 15.9f);
+    const int mode = choice(v, 15.9f);
+    if (mode == s.controls.sample.velocityMapMode) return;
+    s.controls.sample.velocityMapMode = mode;
+    s.reapply(elementIndex::item);  // the layers of a piano are told by the mode
 }
 void setSet(ElementScope& s, float v) {
     const int mode = choice(s.value(elementIndex::velocityMapMode), 15.9f);
