@@ -32,6 +32,7 @@ class FakePlugIn {
     explicit FakePlugIn(HostCallback host) : host_{host}, log_{environment("FAKE_LOG")} {
         record_.request = &entry;
         record_.processReplacing = &renderEntry;
+        record_.getParameter = &parameterEntry;
         record_.outputCount = 8;
         record_.flags = canRenderReplacing | isInstrument;
         record_.object = this;
@@ -88,27 +89,27 @@ class FakePlugIn {
             case Opcode::processEvents:
                 collect(*static_cast<const EventList*>(pointer));
                 return 1;
-            case Opcode::getChunk:
-                return hasPatch_[static_cast<std::size_t>(part_)] ? 1000 : 0;
             case Opcode::getMidiProgramName:
                 return programName(static_cast<MidiProgramName*>(pointer));
             case Opcode::getMidiProgramCategory:
                 std::strcpy(static_cast<MidiProgramCategory*>(pointer)->name, "Basses");
                 return 1;
             case Opcode::vendorSpecific:
-                return vendorSpecific(index, value);
+                return vendorSpecific(index);
             default:
                 return 0;
         }
     }
 
-    std::intptr_t vendorSpecific(std::int32_t index, std::intptr_t value) {
+    std::intptr_t vendorSpecific(std::int32_t index) {
         if (index == fourCharacters("busy")) return busy_ > 0;
         if (index == fourCharacters("voic")) return std::exchange(highest_, 0);
-        if (index != fourCharacters("part")) return 0;
-        const int before = part_;
-        if (value >= 0 && value < 16) part_ = static_cast<int>(value);
-        return before + 1;
+        return 0;
+    }
+    static float parameterEntry(EffectRecord* record, std::int32_t index) {
+        constexpr std::int32_t partParameters = 152, level = 2;
+        const bool has = of(record).hasPatch_[static_cast<std::size_t>(index / partParameters)];
+        return index % partParameters == level && has ? 0.5f : 0.0f;
     }
 
     std::intptr_t programName(MidiProgramName* program) {
@@ -200,7 +201,7 @@ class FakePlugIn {
     EffectRecord record_;
     double rate_ = 44100;
     std::int64_t now_ = 0;
-    int busy_ = 0, part_ = 0, highest_ = 0;
+    int busy_ = 0, highest_ = 0;
     std::array<bool, 16> hasPatch_{}, wanted_{};
     std::array<std::array<Voice, 128>, 16> voices_{};
     std::array<MidiEvent, 127> events_{};

@@ -311,13 +311,13 @@ TEST_F(Render, SmpteSongsKeepTheirTime) {
 
 TEST_F(Render, OneChannelForAll) {
     // Two channels hold the same note; only the later note-off counts. Controllers of channel 2,
-    // banks, programs, drums and exclusive messages stay out.
-    song(midi({0,  0xF0, 2,  5,    0xF7, 0, 0xB0, 0,    1,  0, 0xB0, 7,    99, 0, 0xB1,
-               7,  50,   0,  0xC0, 4,    0, 0x91, 60,   90, 0, 0x92, 60,   91, 0, 0x99,
-               36, 99,   10, 0x91, 60,   0, 10,   0x82, 60, 0, 0,    0x89, 36, 0}));
+    // banks, volume, programs, drums and exclusive messages stay out.
+    song(midi({0,  0xF0, 2,    5,  0xF7, 0,    0xB0, 0, 1,  0,    0xB0, 7,  127, 0,    0xB0, 1,
+               99, 0,    0xB1, 7,  50,   0,    0xC0, 4, 0,  0x91, 60,   90, 0,   0x92, 60,   91,
+               0,  0x99, 36,   99, 10,   0x91, 60,   0, 10, 0x82, 60,   0,  0,   0x89, 36,   0}));
     sound("--channel 1 --block 8192 --tail none");
     EXPECT_EQ(told({"midi", "exclusive"}),
-              "midi 0: 176 7 99|midi 0: 144 60 90|midi 0: 144 60 91|midi 4594: 128 60 0|");
+              "midi 0: 176 1 99|midi 0: 144 60 90|midi 0: 144 60 91|midi 4594: 128 60 0|");
     EXPECT_EQ(err_, "");
 }
 

@@ -15,7 +15,7 @@ constexpr std::uintmax_t largestFile = std::uintmax_t{256} << 20;
 constexpr double longestSongSeconds = 24 * 3600;
 constexpr int drumChannel = 9;
 constexpr std::uint8_t noteOff = 0x80, noteOn = 0x90, controller = 0xB0, programChange = 0xC0;
-constexpr std::uint8_t bankMsb = 0, bankLsb = 32;
+constexpr std::uint8_t bankMsb = 0, bankLsb = 32, volume = 7;
 
 Failure input(const std::string& path, const std::string& sentence) {
     return {Exit::input, path + ": " + sentence};
@@ -34,7 +34,10 @@ class OneChannel {
         bytes[0] = static_cast<std::uint8_t>(command | channel_);
         if (command == noteOn || command == noteOff) return acceptNote(bytes, from);
         if (from != channel_ || command == programChange) return false;
-        return command != controller || (bytes[1] != bankMsb && bytes[1] != bankLsb);
+        // Its volume belongs to the mix of a song whose channels are played apart; turned up for
+        // one melody it would overdrive all of them.
+        return command != controller ||
+               (bytes[1] != bankMsb && bytes[1] != bankLsb && bytes[1] != volume);
     }
 
   private:

@@ -113,14 +113,9 @@ void PluginHost::settle() {
     } while (!stuck_ && request(Opcode::vendorSpecific, fourCharacters("busy")) == 1);
 }
 
-std::optional<bool> PluginHost::hasPatch(int part) {
-    constexpr std::int32_t preset = 1;
-    const std::intptr_t before = request(Opcode::vendorSpecific, fourCharacters("part"), part);
-    if (before == 0) return {};
-    void* data = nullptr;
-    const bool has = request(Opcode::getChunk, preset, 0, &data) > 0;
-    request(Opcode::vendorSpecific, fourCharacters("part"), before - 1);
-    return has;
+bool PluginHost::hasPatch(int part) {
+    constexpr std::int32_t partParameters = 152, level = 2;
+    return record_->getParameter(record_, part * partParameters + level) > 0.0f;
 }
 
 int PluginHost::highestVoices() {

@@ -40,7 +40,7 @@ class PatchCheck {
             if (!event.exclusive.empty() || !event.isNoteOn()) continue;
             const auto part = static_cast<std::size_t>(event.channel());
             if (std::exchange(known_[part], true)) continue;
-            if (!plugIn_.hasPatch(event.channel()).value_or(true)) missing_[part] = true;
+            if (!plugIn_.hasPatch(event.channel())) missing_[part] = true;
         }
     }
     std::vector<int> channels() const {
