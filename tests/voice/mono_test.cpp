@@ -73,7 +73,8 @@ TEST(Mono, RetriggerModesRestartTheEnvelopesTheyName) {
     for (const auto& c : cases) {
         MonoPart part{MonoMode::last, c.mode};
         for (const int index : {111, 126}) part.set(1, index, 0.2f);  // attacks
-        for (const int index : {113, 128}) part.set(1, index, 0.2f);  // sustains
+        part.set(1, 113, 0.4f);                                       // filter sustain
+        part.set(1, tone::sustain, 0.2f);
         for (const int index : {112, 127}) part.set(1, index, 0.2f);  // decays
         part.set(1, 89, 0);                                           // first level: -1
         part.set(1, 91, 1);                                           // second: 1
@@ -82,6 +83,8 @@ TEST(Mono, RetriggerModesRestartTheEnvelopesTheyName) {
         part.on(60);
         part.run(44100 * 3);
         const Voice before = part.voice(0);
+        EXPECT_NEAR(before.filterEnvelope.level, 0.4f * before.filterEnvelope.peak, 1e-5f);
+        EXPECT_NEAR(before.amp.level, 0.2f * before.amp.peak, 1e-5f);
         part.on(62);
         part.run(2000);
         const Voice& after = part.voice(0);

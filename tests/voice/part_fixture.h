@@ -17,42 +17,15 @@ namespace stratovane {
 
 /// Element parameters by number that only these tests name.
 namespace tone {
-enum : int {
-    mute = 0,
-    triggerCondition = 55,
-    muteCondition = 56,
-    monoMode = 57,
-    maxVoices = 58,
-    envelopeMode = 59,
-    unisonVoices = 60,
-    unisonDetune = 61,
-    unisonPan = 62,
-    noteDelay = 63,
-    delayTime = 64,
-    randomStart = 69,
-    cents = 72,
-    patchBend = 75,
-    glideMode = 76,
-    glideType = 77,
-    glideTime = 78,
-    attackBend = 80,
-    releaseBend = 82,
-    legatoRetrigger = 83,
-    releaseRetrigger = 84,
-    muteFade = 124,
-    click = 125,
-    attack = 126,
-    decay = 127,
-    sustain = 128,
-    fade = 129,
-    release = 130,
-    velocityToLevel = 132,
-    receiveVelocity = 138,
-    level = 139,
-    pan = 140,
-    priority = 144,
-    undamped = 148,
-};
+inline constexpr int mute = 0, triggerCondition = 55, muteCondition = 56, monoMode = 57;
+inline constexpr int maxVoices = 58, envelopeMode = 59, unisonVoices = 60, unisonDetune = 61;
+inline constexpr int unisonPan = 62, noteDelay = 63, delayTime = 64, randomStart = 69;
+inline constexpr int cents = 72, patchBend = 75, glideMode = 76, glideType = 77;
+inline constexpr int glideTime = 78, attackBend = 80, releaseBend = 82, legatoRetrigger = 83;
+inline constexpr int releaseRetrigger = 84, muteFade = 124, click = 125, attack = 126;
+inline constexpr int decay = 127, sustain = 128, fade = 129, release = 130;
+inline constexpr int velocityToLevel = 132, receiveVelocity = 138, level = 139, pan = 140;
+inline constexpr int priority = 144, undamped = 148;
 }  // namespace tone
 
 /// The normalised value that chooses entry `i` of a list decoded with `factor` (3.9 for four).

@@ -2,6 +2,7 @@
 
 #include "measure/measure.h"
 #include "part_fixture.h"
+#include "voice/part_clock.h"
 #include "voice/part_engine.h"
 #include "voice/part_output.h"
 
@@ -201,6 +202,39 @@ TEST(PartRender, ARateChangeEndsVoicesAndTheSameRateDoesNot) {
     engine.render(2000);  // beyond the block size that was told
     engine.part.setSampleRate(48000, 512);
     EXPECT_FALSE(engine.part.sounding());
+}
+
+TEST(PartClock, AFrameReadsTheSameStepForAnyCut) {
+    constexpr int frames = 3000;
+    const auto play = [](std::uint32_t seed) {
+        PartClock clock;
+        clock.prepare(44100, 128);
+        Random random{seed};
+        std::vector<float> seen;
+        for (int frame = 0; frame < frames;) {
+            const int piece = std::min(1 + random.draw() % 128, frames - frame);
+            // Half of the time the part is silent: its frames pass all the same.
+            if (random.draw() % 2) {
+                clock.beginPiece(piece, 1.0f);
+                for (int i = 0; i < piece; ++i) seen.push_back(clock.at(frame + i).pressure);
+                clock.endPiece(piece);
+            } else {
+                clock.skip(piece, 1.0f);
+                seen.resize(seen.size() + static_cast<std::size_t>(piece), -1.0f);
+            }
+            frame += piece;
+        }
+        return seen;
+    };
+    const auto one = play(1), other = play(2);
+    float last = 0;
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        if (one[i] < 0 || other[i] < 0) continue;
+        ASSERT_EQ(one[i], other[i]) << i;
+        ASSERT_GE(one[i], last);
+        last = one[i];
+    }
+    EXPECT_GT(last, 0.9f);
 }
 
 TEST(PartOutput, PanLevelPairAndTouch) {

@@ -1,0 +1,22 @@
+// Plays a song through the plug-in into a sound file.
+#pragma once
+
+#include <variant>
+
+#include "failure.h"
+#include "midi_song.h"
+#include "options.h"
+#include "plugin_host.h"
+#include "summary.h"
+
+namespace stratovane::render {
+
+/// The plug-in is loaded, not yet started. No file is left behind by a failure.
+std::variant<Summary, Failure> renderSong(PluginHost& plugIn, const Song& song,
+                                          const Options& options);
+
+/// From here on an interrupt stops the rendering in good order. Returns the signal that came, or 0.
+void catchInterrupts();
+int interruptSeen();
+
+}  // namespace stratovane::render
