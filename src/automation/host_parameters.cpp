@@ -145,11 +145,6 @@ void HostParameters::showOwn(TextOut& out, const HostAddress& a, float v) const 
             return out.text(isOn(v) ? "Use Patch FX (if any)" : "Use Global FX");
         case HostShow::outputPair:
             return out.print("%d", std::min(1 + choice(v, 32.9f), pairs));
-        case HostShow::effectOutput: {
-            const int pair = choice(v, 15.9f);
-            if (pair == 0) return out.text("OFF");
-            return out.print("%d", std::min(pair, pairs));
-        }
         case HostShow::element:
             if (engine != nullptr)
                 engine->master().showValue(out, firstSendSlot + a.slot, hostRow(a).target, v);

@@ -113,7 +113,7 @@ constexpr std::array<HostRow, effectRows> masterTable{{
     own({}, 38),
     own({}, 39),
     own({}, 40),
-    {" Output", 20, HostShow::effectOutput},
+    own(" Output", 20),
     own("Output Level", 139),
     own("Output Pan", 140),
     own("Send to FX1", 21),

@@ -20,8 +20,7 @@ enum class HostShow : std::uint8_t {
     mute,
     sendMode,
     outputPair,
-    effectOutput,  // of a master effect: "OFF" or the pair
-    element,       // the effect element's own display
+    element,  // the effect element's own display
 };
 
 /// What setting does beside storing the value.

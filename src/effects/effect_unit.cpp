@@ -47,16 +47,18 @@ void EffectUnit::setParameter(int index, float value) {
     if (ready_) update(index);
 }
 
-void EffectUnit::process(std::span<StereoFrame> io, double beat, bool& silent) {
-    if (!ready_) return;
+bool EffectUnit::process(std::span<StereoFrame> io, double beat, bool& silent) {
+    if (!ready_) return false;
     inputSilent_ = silent;
-    if (type_.wakes == Waking::never) return render(io, beat);
-    if (!silent)
-        tail_ = tailSamples_;
-    else if (tail_ < 0)
-        return idle(static_cast<int>(io.size()));
-    else
-        tail_ -= static_cast<std::int32_t>(io.size());
+    if (type_.wakes == Waking::never) {
+        render(io, beat);
+        return true;
+    }
+    if (silent && tail_ < 0) {
+        idle(static_cast<int>(io.size()));
+        return false;
+    }
+    tail_ = silent ? tail_ - static_cast<std::int32_t>(io.size()) : tailSamples_;
     const bool asleep = silent;
     if (type_.wakes == Waking::atOnce) silent = false;
     render(io, beat);
@@ -64,6 +66,7 @@ void EffectUnit::process(std::span<StereoFrame> io, double beat, bool& silent) {
         tail_ = tailSamples_;
         silent = false;
     }
+    return true;
 }
 
 }  // namespace stratovane

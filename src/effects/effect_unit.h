@@ -6,7 +6,7 @@
 #include <span>
 
 #include "base/random.h"
-#include "base/stereo.h"
+#include "base/stereo_frame.h"
 #include "effects/effect_type.h"
 
 namespace stratovane {
@@ -47,8 +47,9 @@ class EffectUnit {
     float parameter(int index) const { return values_[static_cast<std::size_t>(index)]; }
 
     /// Processes a block in place. `beat` is the song position of its first frame. `silent` tells
-    /// whether the buffer holds nothing but silence, and is updated. Audio thread.
-    void process(std::span<StereoFrame> io, double beat, bool& silent);
+    /// whether the buffer holds nothing but silence, and is updated. Answers whether the unit ran:
+    /// a resting one leaves the buffer alone. Audio thread.
+    bool process(std::span<StereoFrame> io, double beat, bool& silent);
 
   protected:
     // For the effect ------------------------------------------------------------------------------

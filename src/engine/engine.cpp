@@ -15,6 +15,7 @@ Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
         chains_[static_cast<std::size_t>(part)] =
             std::make_unique<PlayingChain>(std::move(instance));
     }
+    master_.setPlace(parts, nullptr, pairs_);
     master_.setText(1, "Effect");
     master_.handOver();
     setSampleRate(static_cast<double>(shared.sampleRate.get()), blockFrames_);
@@ -22,8 +23,8 @@ Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
 
 Engine::~Engine() = default;
 
-std::unique_ptr<PartEngine> Engine::makeInstance(int) {
-    auto instance = std::make_unique<PartEngine>(shared_, pairs_, seeds_.seed());
+std::unique_ptr<PartEngine> Engine::makeInstance(int part) {
+    auto instance = std::make_unique<PartEngine>(shared_, pairs_, seeds_.seed(), part);
     instance->setSampleRate(static_cast<double>(shared_.sampleRate.get()), blockFrames_);
     return instance;
 }
@@ -46,6 +47,7 @@ void Engine::setSampleRate(double rate, std::int32_t blockFrames) {
     buffers_.resize(outputs);
     for (std::size_t i = 0; i < outputs; ++i) buffers_[i] = samples_.data() + i * frames;
     touched_.assign(outputs, 0);
+    for (SendBus& bus : sends_) bus.prepare(blockFrames);
     master_.setSampleRate(rate);
     for (auto& chain : chains_)
         chain->forEach([&](PartEngine& instance) { instance.setSampleRate(rate, blockFrames); });
@@ -69,6 +71,12 @@ void Engine::idle() {
     idlePart_ = (idlePart_ + 1) % parts;
     current(idlePart_).idle();
     if (idlePart_ == 0) master_.applyLoading();
+    if (renewEffects_.take() != 0) {
+        // What overloaded may still ring in an effect.
+        for (auto& chain : chains_) chain->current().patch().renewEffects();
+        master_.renewEffects();
+    }
+    shared_.retired.tick(shared_.epoch);
     // Compared as a difference, so that a wrapping count of blocks deletes nothing too early.
     if (static_cast<std::int32_t>(blocks_ - retireAt_) > 0 && !dead_.empty()) {
         trace_.write(TraceLevel::patch, "Engine::idle() - deleting old patch");

@@ -13,6 +13,7 @@
 #include "engine/lift.h"
 #include "engine/part_events.h"
 #include "engine/playing_chain.h"
+#include "voice/send_bus.h"
 
 namespace stratovane {
 
@@ -100,6 +101,7 @@ class Engine {
     std::vector<float> samples_;  // 2 * pairs_ buffers of blockFrames_
     std::vector<float*> buffers_;
     std::vector<std::uint8_t> touched_;
+    SendBuses sends_;  // shared by all parts
     std::array<std::size_t, parts> nextEvent_{};
     std::int32_t blockFrames_ = 256;
     std::int32_t retiringRenders_ = 0;
@@ -112,6 +114,7 @@ class Engine {
     Shared<std::uint32_t> retireAt_{0};      // no instance is deleted before this block has passed
     Shared<std::int32_t> retiringCount_{0};  // retiring instances rendered in the last block
     Shared<std::int32_t> highestVoices_{0};
+    SharedBits renewEffects_;  // after an overload, at the next idle call
 
     // UI thread
     int idlePart_ = -1;

@@ -6,6 +6,7 @@
 
 #include "engine/engine.h"
 #include "engine/transport.h"
+#include "voice/send_effects.h"
 
 namespace stratovane {
 
@@ -17,7 +18,7 @@ constexpr MidiBytes bytesOf(const EventRecord& event) {
 
 }  // namespace
 
-RenderTarget Engine::target() { return {buffers_.data(), touched_.data(), pairs_}; }
+RenderTarget Engine::target() { return {buffers_.data(), touched_.data(), pairs_, sends_.data()}; }
 
 void Engine::handleEvent(PlayingChain& chain, const EventRecord& event) {
     const MidiBytes bytes = bytesOf(event);
@@ -29,6 +30,11 @@ void Engine::handleEvent(PlayingChain& chain, const EventRecord& event) {
 }
 
 void Engine::render(const RenderBlock& block, Transport& transport) {
+    const RenderEpoch::Stay stay{shared_.epoch};
+    if (transport.time().changes != 0) {
+        shared_.tempo = transport.time().tempo;
+        master_.setTempo(transport.time().tempo, transport.time().beatsPerFrame);
+    }
     for (auto& chain : chains_) {
         const bool adopted = chain->adopt();
         if (!adopted && transport.time().changes == 0) continue;
@@ -77,6 +83,7 @@ bool Engine::renderPiece(const RenderBlock& block, std::int32_t from, std::int32
     std::fill(touched_.begin(), touched_.end(), std::uint8_t{0});
     for (int part = 0; part < parts; ++part)
         renderPart(part, (*block.events)[static_cast<std::size_t>(part)], from, frames, time, last);
+    runSendEffects(master_, sends_, sends_.data(), 0, target(), {0, frames, time.position});
     return finishPiece(block, from, frames);
 }
 
@@ -121,6 +128,7 @@ bool Engine::finishPiece(const RenderBlock& block, std::int32_t from, std::int32
     if (silence) {
         lift_.clear();
         freeVoices_ = true;
+        renewEffects_.set(1);
         if (!overloadReported_) {
             trace_.later(TraceLevel::warning, "Overload!");
             overloadReported_ = true;

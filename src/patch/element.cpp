@@ -1,10 +1,15 @@
 #include "patch/element.h"
 
+#include "effects/catalogue.h"
+#include "effects/effect_unit.h"
 #include "patch/element_rows.h"
 #include "patch/macro_readers.h"
 #include "patch/patch.h"
 
 namespace stratovane {
+
+Element::Element() = default;
+Element::~Element() = default;
 
 /// The value that conversions see: as stored, until knobs are routed to parameters.
 float Element::routed(int index) const { return stored(index); }
@@ -43,6 +48,7 @@ void Element::changeType(ElementType to) {
     controls_.ampEnvelope.legatoAttackSeconds = 0;
     controls_.filterEnvelope.legatoAttackSeconds = 0;
     type_ = to;
+    patch_->effectsChanged_ = true;
     for (int i = elementIndex::firstBlock; i <= elementIndex::lastBlock; ++i)
         patch_->settle(number_, i, Patch::When::owner);
     // Whether the wave or the formant follows the macro, and whether a level can silence it,
@@ -53,12 +59,58 @@ void Element::changeType(ElementType to) {
     patch_->layoutChanged_.set(1);
 }
 
+// Effect units. The UI thread builds and replaces them; the audio thread plays what is published.
+
+int Element::wantedUnit() const {
+    const bool effect = choice(stored(elementIndex::type), 15.9f) == 0;
+    return effect ? choice(stored(elementIndex::item), 128.9f) : noEffect;
+}
+
+void Element::refreshUnit() {
+    if (wantedUnit() != unitType_) renewUnit();
+}
+
+void Element::renewUnit() {
+    unitType_ = wantedUnit();
+    std::unique_ptr<EffectUnit> fresh = makeEffectUnit(unitType_);
+    std::array<float, effectParameters> given{};
+    const auto parameterIndex = [](std::size_t i) {
+        return elementIndex::firstEffectParameter + static_cast<int>(i);
+    };
+    if (fresh) {
+        // No draw may depend on what else was made: the seed tells part, element and how many
+        // before.
+        fresh->setSeed((static_cast<std::uint32_t>(patch_->part_) * 128 +
+                        static_cast<std::uint32_t>(number_)) *
+                           65536 +
+                       unitsMade_++);
+        fresh->setTempo(patch_->shared_.tempo, patch_->beatsPerFrame());
+        fresh->setKeySource(patch_->keys_);
+        fresh->setSampleRate(static_cast<float>(patch_->rate_));
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            given[i] = stored(parameterIndex(i));
+            fresh->setParameter(static_cast<int>(i), given[i]);
+        }
+    }
+    unit_.exchange(fresh.get());
+    patch_->shared_.retired.add(std::move(ownedUnit_), patch_->shared_.epoch);
+    ownedUnit_ = std::move(fresh);
+    // What was set meanwhile went to the unit before.
+    if (ownedUnit_)
+        for (std::size_t i = 0; i < given.size(); ++i)
+            if (stored(parameterIndex(i)) != given[i])
+                patch_->settle(number_, parameterIndex(i), Patch::When::marked);
+}
+
 float ElementScope::value(int other) const { return element.routed(other); }
 ElementType ElementScope::type() const { return element.type_; }
 double ElementScope::rate() const { return element.patch_->rate_; }
 float ElementScope::tickSeconds() const { return static_cast<float>(tickFrames / rate()); }
 void ElementScope::reapply(int other) {
     element.patch_->settle(element.number_, other, Patch::When::owner);
+}
+void ElementScope::setEffectParameter(int number, float v) {
+    if (EffectUnit* unit = element.unit()) unit->setParameter(number, v);
 }
 void ElementScope::reapplyMacroReaders() { element.reapplyMacroReaders(); }
 void ElementScope::changeType(ElementType to) { element.changeType(to); }

@@ -4,17 +4,28 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
+#include "base/published.h"
 #include "base/shared.h"
 #include "patch/element_controls.h"
 
 namespace stratovane {
 
+class EffectUnit;
 class Patch;
+
+/// Effect number that stands for none.
+inline constexpr int noEffect = 128;
 
 /// Threads as for Patch, which owns it.
 class Element {
   public:
+    Element();
+    ~Element();
+    Element(const Element&) = delete;
+    Element& operator=(const Element&) = delete;
+
     /// As the engine plays it; types from 6 on make no sound. Owner of the controls.
     ElementType type() const { return type_; }
     const ElementControls& controls() const { return controls_; }
@@ -22,6 +33,9 @@ class Element {
     float stored(int index) const { return values_[static_cast<std::size_t>(index)]; }
     /// Bumped when voices must notice (pitch, filter, wave, modulation). Owner of the controls.
     std::uint32_t changes() const { return changes_; }
+
+    /// The effect of an "Effect" element; null without one. Audio thread.
+    EffectUnit* unit() const { return unit_.read(); }
 
     // Playing state that outlives voices; audio thread.
     std::uint32_t noteCounter = 0;  // notes that reached the element
@@ -37,12 +51,22 @@ class Element {
     void reapplyMacroReaders();
     void changeType(ElementType to);
 
+    /// The effect that the stored values ask for, or none. UI thread (builder before hand-over).
+    int wantedUnit() const;
+    void refreshUnit();
+    void renewUnit();
+
     Patch* patch_ = nullptr;
     int number_ = 0;  // 1..68
     std::array<Shared<float>, 256> values_;
     ElementType type_ = ElementType::effect;
     ElementControls controls_;
     std::uint32_t changes_ = 0;
+
+    Published<EffectUnit> unit_;
+    std::unique_ptr<EffectUnit> ownedUnit_;  // UI thread, as the two below
+    int unitType_ = noEffect;
+    std::uint32_t unitsMade_ = 0;
 };
 
 }  // namespace stratovane

@@ -159,6 +159,7 @@ struct FmControls {
 struct EffectControls {
     std::int32_t type = 128;       // above 110: no unit
     std::int32_t auxOut = 0;       // 0..15
+    std::int32_t pair = 0;         // of a send slot: 1-based output pair, 0 none
     std::array<float, 4> sends{};  // 4v²
 };
 

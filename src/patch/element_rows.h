@@ -27,6 +27,7 @@ struct ElementScope {
     void reapplyMacroReaders();  // every row that macro destinations bend
     void changeType(ElementType to);
     void updateSilence();
+    void setEffectParameter(int number, float v);  // 0..11, of the unit if there is one
     /// A value bent by macro destination 0..14, if the element receives.
     float macro(int destination, float v) const;
 };

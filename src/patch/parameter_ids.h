@@ -35,6 +35,7 @@ inline constexpr int firstStep = 172;  // sixteen steps of five fields
 namespace elementIndex {
 inline constexpr int mute = 0, type = 1, receive = 2, eco = 3;
 inline constexpr int firstBlock = 17, lastBlock = 48;
+inline constexpr int firstEffectParameter = 25;                   // "Effect": twelve
 inline constexpr int velocityMapMode = 17, bank = 18, item = 19;  // "Sample"
 inline constexpr int formant = 22;                                // "Sample"
 inline constexpr int drumKitBanks = 10;                           // sample banks below are kits

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "base/units.h"
+#include "effects/effect_unit.h"
 #include "patch/controller_map.h"
 #include "patch/element.h"
 #include "patch/element_rows.h"
@@ -102,8 +104,18 @@ bool Patch::loads(int number, int index) const {
 
 /// Applies a stored value or leaves it to the thread that must. Only the owner may say
 /// `When::owner`.
+namespace {
+bool choosesEffect(int number, int index) {
+    return number > 0 && (index == elementIndex::type || index == elementIndex::item);
+}
+}  // namespace
+
 void Patch::settle(int number, int index, When when) {
-    if (!live_) return apply(number, index);
+    if (!live_) {
+        apply(number, index);
+        if (choosesEffect(number, index)) element(number).refreshUnit();
+        return;
+    }
     if (loads(number, index)) return loading_.set(number, index);
     if (when == When::owner) return apply(number, index);
     markForOwner(changed_, number, index);
@@ -146,7 +158,10 @@ void Patch::applyMarked() {
 
 void Patch::applyLoading() {
     // Content is not asked for yet: what a row chooses only has to reach the controls.
-    loading_.take([this](int number, int index) { markForOwner(loaded_, number, index); });
+    loading_.take([this](int number, int index) {
+        if (choosesEffect(number, index)) element(number).refreshUnit();
+        markForOwner(loaded_, number, index);
+    });
 }
 
 bool Patch::waits() const { return due_.get() != 0 || loading_.any(); }
@@ -155,7 +170,34 @@ void Patch::setSampleRate(double rate) {
     rate_ = rate;
     applyGlobal(global::lfo1Rate);
     applyGlobal(global::lfo2Rate);
-    for (int number = 1; number <= elementTotal; ++number) element(number).applyAll();
+    for (int number = 1; number <= elementTotal; ++number) {
+        element(number).applyAll();
+        if (EffectUnit* unit = element(number).unit()) {
+            unit->setTempo(shared_.tempo, beatsPerFrame());
+            unit->setSampleRate(static_cast<float>(rate));
+        }
+    }
+}
+
+double Patch::beatsPerFrame() const {
+    return static_cast<double>(shared_.tempo.get()) / (60.0 * rate_);
+}
+
+void Patch::setPlace(int part, KeySource* keys, int outputPairs) {
+    part_ = part;
+    keys_ = keys;
+    outputPairs_ = outputPairs;
+}
+
+void Patch::setTempo(float beatsPerMinute, double beatsPerSample) {
+    for (int number = 1; number <= elementTotal; ++number)
+        if (EffectUnit* unit = element(number).unit())
+            unit->setTempo(beatsPerMinute, beatsPerSample);
+}
+
+void Patch::renewEffects() {
+    for (int number = 1; number <= elementTotal; ++number)
+        if (element(number).unit() != nullptr) element(number).renewUnit();
 }
 
 void Patch::refreshTuning() { settle(0, global::fineTune, When::marked); }
@@ -251,8 +293,20 @@ const Element& Patch::element(int number) const {
     return elements_[static_cast<std::size_t>(number)];
 }
 
+std::span<const std::uint8_t> Patch::effectElements() {
+    if (std::exchange(effectsChanged_, false)) {
+        effectCount_ = 0;
+        for (int number = 1; number <= elementCount_; ++number)
+            if (element(number).type() == ElementType::effect)
+                effectList_[static_cast<std::size_t>(effectCount_++)] =
+                    static_cast<std::uint8_t>(number);
+    }
+    return {effectList_.data(), static_cast<std::size_t>(effectCount_)};
+}
+
 void Patch::setElementCount(int count) {
     count = std::clamp(count, 0, maxElements);
+    effectsChanged_ = true;
     const int before = elementCount_;
     elementCount_ = count;
     for (int number = count + 1; number <= before; ++number) {
@@ -287,6 +341,18 @@ void Patch::makeSawtooth() {
     initElement(1, ElementType::analog);
     recall(0, global::level, 0.5f);
     recall(0, global::type, 0.3333333f);
+}
+
+void Patch::copyFrom(const Patch& other) {
+    setElementCount(other.elementCount());
+    for (int i = 0; i < globalParameters; ++i) recall(0, i, other.get(0, i));
+    for (int number = 1; number <= elementTotal; ++number)
+        for (int i = 0; i < elementParameters; ++i) recall(number, i, other.get(number, i));
+    constexpr int firstText = -10;
+    for (int selector = firstText; selector <= elementTotal; ++selector)
+        setText(selector, other.text(selector));
+    for (int controller = 0; controller < 128; ++controller)
+        assignController(controller, other.storedTarget(controller));
 }
 
 // Controllers.

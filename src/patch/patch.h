@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include "base/engine_shared.h"
@@ -17,6 +18,7 @@ namespace stratovane {
 
 class Element;
 class PatchTexts;
+struct KeySource;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -71,6 +73,18 @@ class Patch {
     void handOver() { live_ = true; }
     /// Recomputes everything that depends on the rate in hertz. Nothing may render meanwhile.
     void setSampleRate(double rate);
+    double sampleRate() const { return rate_; }
+    /// Where the effects live: the part's number seeds their random draws, its keys are followed
+    /// (null: none), its output pairs are what there is to choose from. Builder, before anything is
+    /// set.
+    void setPlace(int part, KeySource* keys, int outputPairs);
+    int outputPairs() const { return outputPairs_; }
+    /// Hands the tempo to the effects. Audio thread (builder before hand-over).
+    void setTempo(float beatsPerMinute, double beatsPerSample);
+    /// Replaces every effect by a fresh one with the same settings. UI thread.
+    void renewEffects();
+    /// Everything that is stored, texts and controller map of another patch. Builder.
+    void copyFrom(const Patch& other);
     /// Re-applies "Fine Tune" after the engine-wide tuning changed. Any thread.
     void refreshTuning();
 
@@ -93,6 +107,8 @@ class Patch {
     Element& element(int number);
     const Element& element(int number) const;
     int elementCount() const { return elementCount_; }
+    /// Numbers of the "Effect" elements 1..elementCount, ascending. Owner of the controls.
+    std::span<const std::uint8_t> effectElements();
     /// Elements beyond the count stay muted and nameless. Builder.
     void setElementCount(int count);
     /// Fills an element with the defaults of a type and names it after the type. Builder.
@@ -140,7 +156,15 @@ class Patch {
     void resetControllers(int type);
 
     const EngineShared& shared_;
+    double beatsPerFrame() const;
+
     double rate_;  // Hz
+    KeySource* keys_ = nullptr;
+    int part_ = 0;
+    int outputPairs_ = 16;
+    std::array<std::uint8_t, maxElements> effectList_{};
+    int effectCount_ = 0;
+    bool effectsChanged_ = true;
     std::array<Shared<float>, globalParameters> values_;
     PatchControls controls_;
     ArpeggiatorSettings arpeggiator_;

@@ -2,16 +2,19 @@
 
 #include <algorithm>
 
+#include "effects/effect_unit.h"
 #include "voice/part_events.h"
 #include "voice/part_mix.h"
 #include "voice/part_output.h"
+#include "voice/part_sends.h"
 #include "voice/part_state.h"
 
 namespace stratovane {
 
 struct PartEngine::Impl {
-    Impl(const EngineShared& engineShared, int pairs, std::uint32_t seed)
+    Impl(const EngineShared& engineShared, int part, int pairs, std::uint32_t seed)
         : shared{engineShared}, outputPairs{pairs}, state{engineShared, seed} {
+        state.patch.setPlace(part, &keys, pairs);
         setRate(engineShared.sampleRate, engineShared.blockFrames);
     }
 
@@ -19,9 +22,10 @@ struct PartEngine::Impl {
         const int frames = std::max(maxFrames, 1);
         state.prepare(rate, frames);
         mix.prepare(frames);
+        sends.prepare(frames);
     }
 
-    void renderPiece(const RenderTarget& target, int offset, int frames);
+    void renderPiece(const RenderTarget& target, const BlockPlace& place);
     void publishCount();
     /// Output pair, limited to those that the instance was made for.
     OutputSettings outputSettings() const {
@@ -31,16 +35,19 @@ struct PartEngine::Impl {
 
     const EngineShared& shared;
     const int outputPairs;
+    KeySource keys;  // before the patch, whose effects follow it
     PartState state;
     PartMix mix;
+    PartSends sends;
     PartOutput output;
-    bool silent = true;  // nothing sounds, nothing waits: until the next event
+    bool sendsSounded = false;  // in the piece before
+    bool silent = true;         // nothing sounds, nothing waits: until the next event
     Shared<std::int32_t> voiceCount{0};
     SharedBits highestCount;
 };
 
-PartEngine::PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed)
-    : impl_{std::make_unique<Impl>(shared, outputPairs, seed)} {}
+PartEngine::PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part)
+    : impl_{std::make_unique<Impl>(shared, part, outputPairs, seed)} {}
 
 PartEngine::~PartEngine() = default;
 
@@ -57,7 +64,10 @@ void PartEngine::setSampleRate(double rate, int maxFrames) {
     impl_->state.patch.setSampleRate(rate);
 }
 
-void PartEngine::setTime(const MusicalTime& time) { impl_->state.time = time; }
+void PartEngine::setTime(const MusicalTime& time) {
+    impl_->state.time = time;
+    impl_->state.patch.setTempo(time.tempo, time.beatsPerFrame);
+}
 
 void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
     // A parameter stored before this event acts on it.
@@ -67,22 +77,35 @@ void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
     impl_->publishCount();
 }
 
-void PartEngine::render(const RenderTarget& target, int offset, int frames, double /*position*/) {
+void PartEngine::render(const RenderTarget& target, int offset, int frames, double position) {
     impl_->state.patch.applyMarked();
     for (int done = 0; done < frames;) {
         const int piece = std::min(frames - done, impl_->mix.capacity());
-        impl_->renderPiece(target, offset + done, piece);
+        impl_->renderPiece(
+            target, {offset + done, piece, position + done * impl_->state.time.beatsPerFrame});
         done += piece;
     }
 }
 
-void PartEngine::Impl::renderPiece(const RenderTarget& target, int offset, int frames) {
-    if (silent) return state.clock.skip(frames, state.controllers.pressure);
-    state.clock.beginPiece(frames, state.controllers.pressure);
-    const bool sounded = mix.render(state, frames);
-    state.clock.endPiece(frames);
-    if (sounded) output.add(mix.buffer(frames), outputSettings(), target, offset);
-    silent = !sounded && state.slots.active() == 0;
+void PartEngine::Impl::renderPiece(const RenderTarget& target, const BlockPlace& place) {
+    if (silent) return state.clock.skip(place.frames, state.controllers.pressure);
+    state.clock.beginPiece(place.frames, state.controllers.pressure);
+    keys.pitch = state.controllers.highestKeyPitch;
+    const OutputSettings settings = outputSettings();
+    const bool sounded = mix.render(state, {settings, target, sends}, place);
+    state.clock.endPiece(place.frames);
+
+    const bool sendsSoundedBefore = sendsSounded;
+    if (sounded || sendsSoundedBefore) {
+        const auto buffer = mix.buffer(place.frames);
+        const StereoGain gain = PartOutput::wantedGains(settings);
+        for (int k = 0; k < sendBusCount; ++k)
+            sends.add(state.patch, k, state.patch.controls().sends[static_cast<std::size_t>(k)],
+                      gain, buffer, target, place);
+        output.add(buffer, settings, target, place.offset);
+    }
+    sendsSounded = sends.run(state.patch, target, place);
+    silent = !sounded && !sendsSounded && !sendsSoundedBefore && state.slots.active() == 0;
     publishCount();
 }
 
@@ -91,7 +114,7 @@ void PartEngine::freeAllVoices() {
     impl_->publishCount();
 }
 
-bool PartEngine::sounding() const { return impl_->state.slots.active() > 0; }
+bool PartEngine::sounding() const { return !impl_->silent; }
 
 void PartEngine::Impl::publishCount() {
     const int count = state.slots.active();

@@ -17,7 +17,8 @@ namespace stratovane {
 class PartEngine {
   public:
     /// `seed` starts the instance's random generator; the same input then renders the same samples.
-    PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed);
+    /// `part` (0..15) seeds its effects.
+    PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part = 0);
     ~PartEngine();
     PartEngine(const PartEngine&) = delete;
     PartEngine& operator=(const PartEngine&) = delete;
@@ -39,8 +40,8 @@ class PartEngine {
     /// Ends every voice at once, without a fade. Audio thread.
     void freeAllVoices();
 
-    /// Whether a voice sounds, waits or an arpeggio runs: a retiring instance lives until this is
-    /// false. Audio thread.
+    /// Whether a voice sounds or waits, an effect rings on or an arpeggio runs: a retiring instance
+    /// lives until this is false. Audio thread.
     bool sounding() const;
     /// Slots in use, and the loudest of |left| and |right| since last asked. Any thread.
     int voiceCount() const;

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "effects/effect_unit.h"
 #include "voice/control_tick.h"
+#include "voice/part_output.h"
+#include "voice/part_sends.h"
 #include "voice/part_state.h"
 
 namespace stratovane {
@@ -63,40 +66,89 @@ WindowVoice advance(PartState& part, Voice& voice, const Window& window) {
     return result;
 }
 
-bool mixWindow(PartState& part, Window& window) {
+/// The slots of the elements between two effects, in a window. Answers whether a voice sounded.
+bool mixWindow(PartState& part, int afterElement, int beforeElement, Window& window) {
+    const auto slotFrom = [&part](int element) {
+        int slot = 0;
+        while (slot < part.slots.active() && part.slots[slot].element < element) ++slot;
+        return slot;
+    };
+    const int first = slotFrom(afterElement + 1), end = slotFrom(beforeElement);
     std::array<WindowVoice, voicesPerPart> voices;
-    const int active = part.slots.active();
-    for (int slot = 0; slot < active; ++slot)
+    for (int slot = first; slot < end; ++slot)
         voices[static_cast<std::size_t>(slot)] = advance(part, part.voiceAt(slot), window);
 
     bool sounded = false;
-    for (int slot = 0; slot < active; ++slot) {
+    for (int slot = first; slot < end; ++slot) {
         const WindowVoice& voice = voices[static_cast<std::size_t>(slot)];
         if (part.voiceAt(slot).controls().silent) continue;
         if (voice.before && voice.turn > 0) mix(window, *voice.before, 0, voice.turn);
         if (voice.after) mix(window, *voice.after, voice.turn, window.frames);
         sounded |= (voice.before && voice.turn > 0) || voice.after;
     }
-    for (int slot = active - 1; slot >= 0; --slot)
+    for (int slot = end - 1; slot >= first; --slot)
         if (voices[static_cast<std::size_t>(slot)].ended) part.slots.free(slot);
     return sounded;
 }
 
 }  // namespace
 
-bool PartMix::render(PartState& part, int frames) {
-    // Elements that are effects divide the slots into segments: each segment is rendered over the
-    // whole piece, then the effect runs over the buffer.
+bool PartMix::renderSegment(PartState& part, int afterElement, int beforeElement, int frames) {
     bool sounded = false;
     for (int at = 0; at < frames; at += tickFrames) {
         Window window;
         window.firstFrame = part.clock.frame() + at;
         window.frames = std::min(tickFrames, frames - at);
-        sounded |= mixWindow(part, window);
-        for (std::size_t i = 0; i < static_cast<std::size_t>(window.frames); ++i)
-            buffer_[static_cast<std::size_t>(at) + i] = {window.left[i], window.right[i]};
+        StereoFrame* to = buffer_.data() + at;
+        const auto count = static_cast<std::size_t>(window.frames);
+        for (std::size_t i = 0; i < count; ++i) {
+            window.left[i] = to[i].left;
+            window.right[i] = to[i].right;
+        }
+        if (!mixWindow(part, afterElement, beforeElement, window)) continue;
+        sounded = true;
+        for (std::size_t i = 0; i < count; ++i) to[i] = {window.left[i], window.right[i]};
     }
     return sounded;
+}
+
+bool PartMix::runEffect(PartState& part, int number, const EffectWays& ways,
+                        const BlockPlace& place, bool& silent) {
+    enum : int { inPlace, split, firstPair };  // of "Aux Out"
+    Element& element = part.patch.element(number);
+    const ElementControls& controls = element.controls();
+    if (controls.muted) return false;
+    const std::span<StereoFrame> io{buffer_.data(), static_cast<std::size_t>(place.frames)};
+    const bool ran = element.unit() != nullptr && element.unit()->process(io, place.beat, silent);
+    if (silent) return ran;
+
+    const float level = 2 * controls.level;
+    const StereoGain gain{level * (1 - controls.pan), level * controls.pan};
+    for (int k = 0; k < sendBusCount; ++k)
+        ways.sends.add(part.patch, k, controls.effect.sends[static_cast<std::size_t>(k)], gain, io,
+                       ways.target, place);
+    const int way = controls.effect.auxOut;
+    if (way == split) addToPair(ways.target, ways.output.pair, io, gain, place.offset);
+    if (way < firstPair) return ran;
+    addToPair(ways.target, ways.output.pair + way - firstPair, io, gain, place.offset);
+    std::fill(io.begin(), io.end(), StereoFrame{});
+    silent = true;
+    return ran;
+}
+
+bool PartMix::render(PartState& part, const EffectWays& ways, const BlockPlace& place) {
+    constexpr int behindAll = maxElements + 1;
+    std::fill_n(buffer_.begin(), place.frames, StereoFrame{});
+    bool sounded = false, silent = true;
+    int last = 0;
+    for (const int effect : part.patch.effectElements()) {
+        const bool played = renderSegment(part, last, effect, place.frames);
+        silent = silent && !played;
+        sounded |= played;
+        sounded |= runEffect(part, effect, ways, place, silent);
+        last = effect;
+    }
+    return renderSegment(part, last, behindAll, place.frames) || sounded;
 }
 
 }  // namespace stratovane

@@ -16,15 +16,18 @@ float reached(float start, float perFrame, int frames, float wanted) {
 
 }  // namespace
 
+StereoGain PartOutput::wantedGains(const OutputSettings& settings) {
+    const float pan = settings.pan;
+    const float centre = 0.83f * (pan - pan * pan);  // about -3 dB a side in the middle
+    return {(1 - pan + centre) * settings.level, (pan + centre) * settings.level};
+}
+
 void PartOutput::add(std::span<const StereoFrame> buffer, const OutputSettings& settings,
                      const RenderTarget& target, int offset) {
     constexpr int shortestRamp = 1000;  // frames
-    const float pan = settings.pan;
-    const float centre = 0.83f * (pan - pan * pan);  // about -3 dB a side in the middle
-    const Gains wanted{(1 - pan + centre) * settings.level, (pan + centre) * settings.level};
+    const StereoGain wanted = wantedGains(settings);
     if (!settled_) gains_ = wanted;
     settled_ = true;
-    // Sends into the effect buses are added here.
     measure(buffer, wanted);
 
     const int pair = std::min(settings.pair, target.pairs);
@@ -34,7 +37,7 @@ void PartOutput::add(std::span<const StereoFrame> buffer, const OutputSettings& 
     float* right = target.outputs[first + 1] + offset;
     target.touched[first] = target.touched[first + 1] = 1;
     const auto frames = static_cast<int>(buffer.size());
-    const Gains start = gains_;
+    const StereoGain start = gains_;
     if (start.left == wanted.left && start.right == wanted.right) {
         for (int i = 0; i < frames; ++i) {
             const StereoFrame& frame = buffer[static_cast<std::size_t>(i)];
@@ -44,7 +47,8 @@ void PartOutput::add(std::span<const StereoFrame> buffer, const OutputSettings& 
         return;
     }
     const auto ramp = static_cast<float>(std::max(frames, shortestRamp));
-    const Gains perFrame{(wanted.left - start.left) / ramp, (wanted.right - start.right) / ramp};
+    const StereoGain perFrame{(wanted.left - start.left) / ramp,
+                              (wanted.right - start.right) / ramp};
     for (int i = 0; i < frames; ++i) {
         const StereoFrame& frame = buffer[static_cast<std::size_t>(i)];
         left[i] += frame.left * (start.left + perFrame.left * static_cast<float>(i));
@@ -52,11 +56,10 @@ void PartOutput::add(std::span<const StereoFrame> buffer, const OutputSettings& 
     }
     gains_ = {reached(start.left, perFrame.left, frames, wanted.left),
               reached(start.right, perFrame.right, frames, wanted.right)};
-    // The patch's own send effects run here.
 }
 
 // A few frames tell enough: those at the powers of two.
-void PartOutput::measure(std::span<const StereoFrame> buffer, const Gains& gains) {
+void PartOutput::measure(std::span<const StereoFrame> buffer, const StereoGain& gains) {
     float peak = 0;
     for (std::size_t i = 1; i < buffer.size(); i *= 2)
         peak = std::max({peak, std::fabs(buffer[i].left * gains.left),

@@ -22,6 +22,8 @@ class PartOutput {
   public:
     /// The next piece starts at its gains.
     void reset() { settled_ = false; }
+    /// The gains that the part's level and pan ask for.
+    static StereoGain wantedGains(const OutputSettings& settings);
     /// Adds the buffer into the target from `offset` on.
     void add(std::span<const StereoFrame> buffer, const OutputSettings& settings,
              const RenderTarget& target, int offset);
@@ -29,12 +31,9 @@ class PartOutput {
     float takePeak();
 
   private:
-    struct Gains {
-        float left = 0, right = 0;
-    };
-    void measure(std::span<const StereoFrame> buffer, const Gains& gains);
+    void measure(std::span<const StereoFrame> buffer, const StereoGain& gains);
 
-    Gains gains_;
+    StereoGain gains_;
     bool settled_ = false;
     SharedBits peak_;  // the bits of a float that is not negative; these sort like the floats
 };

@@ -5,11 +5,14 @@
 
 namespace stratovane {
 
-/// The outputs of one block. Audio thread.
+class SendBus;
+
+/// The outputs and shared send buses of one block. Audio thread.
 struct RenderTarget {
     float* const* outputs = nullptr;  // 2 * pairs buffers
     std::uint8_t* touched = nullptr;  // one flag an output, set by whoever writes into it
     int pairs = 0;
+    SendBus* sends = nullptr;  // the four that all parts share; null: none
 };
 
 }  // namespace stratovane

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "base/random.h"
+#include "base/stereo_frame.h"
 #include "base/units.h"
 #include "patch/element.h"
 #include "voice/analog/analog_voice.h"
@@ -32,10 +33,6 @@ struct VoiceOffsets {
     float resonance = 0;
     float pan = 0;
     float level = 1;
-};
-
-struct StereoGain {
-    float left = 0, right = 0;
 };
 
 /// 32 samples of a voice and the gains they are mixed with: start + index * perSample.

@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-#include "base/stereo.h"
+#include "base/stereo_frame.h"
 
 namespace stratovane {
 
