@@ -116,8 +116,7 @@ void Synth::lazyInit(const char* caller) {
 void Synth::resume() {
     trace_.write(TraceLevel::lifecycle, "resume()");
     lazyInit("resume");
-    if (!contentFound_ && (contentFound_ = library_.open(contentFolder())))
-        updateMidiLists();
+    if (!contentFound_ && (contentFound_ = library_.open(contentFolder()))) updateMidiLists();
     if (multi_.defaultPatchWanted) multi_.programRequests.bump();
     {
         const RenderGate::Hold hold{gate_};

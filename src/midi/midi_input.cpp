@@ -17,11 +17,6 @@ namespace {
 constexpr std::uint8_t noteOff = 0x80, noteOn = 0x90, keyPressure = 0xA0, controlChange = 0xB0,
                        program = 0xC0, pressure = 0xD0, pitchBend = 0xE0;
 
-/// A controller's value as a fraction: 127 is exactly 1.
-constexpr float fraction(int value) {
-    return value < 127 ? static_cast<float>(value) / 128.0f : 1.0f;
-}
-
 }  // namespace
 
 MidiInput::MidiInput(MultiSetup& multi, const Settings& settings, const ContentPresence& presence,

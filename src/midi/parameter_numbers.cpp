@@ -17,6 +17,11 @@ namespace {
 
 constexpr int nrpnBit = 16384;
 
+/// A controller's value as a fraction: 127 is exactly 1.
+constexpr float fraction(int value) {
+    return value < 127 ? static_cast<float>(value) / 128.0f : 1.0f;
+}
+
 /// How a data entry's fraction becomes a host parameter's value.
 enum class Mapping { plain, coarse, bend };
 
@@ -82,7 +87,7 @@ const Route* find(const std::array<Route, n>& routes, int number) {
 
 void MidiInput::dataEntry(int channel, int value, Engine& engine) {
     const std::int32_t selected = multi_.part[static_cast<std::size_t>(channel)].parameterNumber;
-    const float v = value < 127 ? static_cast<float>(value) / 128.0f : 1.0f;
+    const float v = fraction(value);
     if (selected >= nrpnBit) {
         if (multi_.generalMidi || selected - nrpnBit == nullParameterNumber) return;
         return setByNumber(channel, selected - nrpnBit, v, engine);

@@ -159,8 +159,9 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
                    "wav16]");
     app.add_option("--output-pair", texts.outputPair, "Output pair N, or all in one file")
         ->capture_default_str();
-    app.add_option("--channel", texts.channel,
-                   "Play the notes of all channels but 10 on this one; no program changes, no volume")
+    app.add_option(
+           "--channel", texts.channel,
+           "Play the notes of all channels but 10 on this one; no program changes, no volume")
         ->check(CLI::Range(1, 16));
     app.add_option("--set", texts.settings, "A setting of the plug-in, as \"Name=Value\"")
         ->type_name("NAME=VALUE")
