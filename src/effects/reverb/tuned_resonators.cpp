@@ -50,7 +50,7 @@ class TunedResonators final : public EffectUnit {
     std::size_t bands_ = 1;
     std::array<float, mostBands> periods_{};  // samples, before the key scales them
     float decay_ = 0;                         // ln of the gain per sample
-    float release_ = 0;                       // of decay_, more of it while no key is held
+    float release_ = 0;                       // what decay_ is lowered by while no key is held
     std::array<float, mostBands> pan_{};      // 1 is left
     float keyScale_ = 1;                      // state: of the periods
     float belowHighpass_ = 0;
