@@ -38,6 +38,14 @@ class GlideReader {
         return {here.left + (next.left - here.left) * fraction_,
                 here.right + (next.right - here.right) * fraction_};
     }
+    /// As `read`, `offset` frames (0..size - 1) further behind.
+    StereoFrame read(const StereoLine& line, int offset) const {
+        const int n = line.size();
+        const int i = index_ + offset >= n ? index_ + offset - n : index_ + offset;
+        const StereoFrame here = line.entry(i), next = line.entry(i + 1 == n ? 0 : i + 1);
+        return {here.left + (next.left - here.left) * fraction_,
+                here.right + (next.right - here.right) * fraction_};
+    }
     void move(int lineSize) {
         fraction_ += speed_;
         while (fraction_ < 0) {
