@@ -48,7 +48,7 @@ void EffectUnit::setParameter(int index, float value) {
 }
 
 void EffectUnit::process(std::span<StereoFrame> io, double beat, bool& silent) {
-    if (!ready_) return;
+    if (!ready_ || !begin(silent)) return;
     inputSilent_ = silent;
     if (type_.wakes == Waking::never) return render(io, beat);
     if (!silent)
