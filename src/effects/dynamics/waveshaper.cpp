@@ -34,7 +34,7 @@ class Waveshaper final : public EffectUnit {
                 mix_ = v;
                 break;
             case Drive:
-                drive_ = double(33.0f * v * v * v + 0.5f);
+                drive_ = 33.0 * std::pow(double(v), 3.0) + 0.5;
                 break;
             case Rate:
                 follower_ = -std::expm1(-std::exp(12.0 - 24.0 * double(v)) / double(rate()));
