@@ -48,7 +48,7 @@ void EffectUnit::setParameter(int index, float value) {
 }
 
 bool EffectUnit::process(std::span<StereoFrame> io, double beat, bool& silent) {
-    if (!ready_) return false;
+    if (!ready_ || !begin(silent)) return false;
     inputSilent_ = silent;
     if (type_.wakes == Waking::never) {
         render(io, beat);

@@ -60,6 +60,9 @@ class EffectUnit {
     /// Recomputes what follows from parameter `changed`. Called for all twelve, ascending, after
     /// reset.
     virtual void update(int /*changed*/) {}
+    /// Before anything else of a block. False passes it on untouched, tail and flag too. Clearing
+    /// `silent` starts the unit as sound would.
+    virtual bool begin(bool& /*silent*/) { return true; }
     virtual void render(std::span<StereoFrame> io, double beat) = 0;
     /// The block is silent and the tail is over: what must go on turning, or be let go.
     virtual void idle(int /*frames*/) {}
