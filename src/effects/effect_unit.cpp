@@ -36,8 +36,10 @@ void EffectUnit::setTempo(float beatsPerMinute, double beatsPerSample) {
     if (!std::isfinite(beatsPerMinute) || !(beatsPerMinute > 0) || !std::isfinite(beatsPerSample) ||
         !(beatsPerSample > 0))
         return;
+    const auto samplesPerBeat = static_cast<float>(1.0 / beatsPerSample);
+    if (!std::isfinite(samplesPerBeat) || !std::isfinite(60.0f / beatsPerMinute)) return;
     beatsPerSample_ = beatsPerSample;
-    samplesPerBeat_ = static_cast<float>(1.0 / beatsPerSample);
+    samplesPerBeat_ = samplesPerBeat;
     secondsPerBeat_ = 60.0f / beatsPerMinute;
     if (ready_) tempoChanged();
 }

@@ -261,7 +261,7 @@ inline const std::vector<Expected> commonParameters{
 };
 
 inline const std::vector<Expected> effectBlock{
-    {19, "FX", 1.0f, "|||"},
+    {19, "FX", 1.0f, "Reverb|||"},
     {20, "Aux Out", 0.0f, "Off|Out +2|Out +10|Out +13"},
     {21, "FX Send 1", 0.0f, "-oo|-8.9 dB|+7.5 dB|+12.0 dB"},
     {22, "FX Send 2", 0.0f, "-oo|-8.9 dB|+7.5 dB|+12.0 dB"},

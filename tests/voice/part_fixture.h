@@ -11,6 +11,8 @@
 #include "voice/control_tick.h"
 #include "voice/part_events.h"
 #include "voice/part_mix.h"
+#include "voice/part_output.h"
+#include "voice/part_sends.h"
 #include "voice/part_state.h"
 
 namespace stratovane {
@@ -39,10 +41,12 @@ class TestPart {
     EngineShared shared;
     PartState state;
     PartMix mix;
+    PartSends sends;
 
     explicit TestPart(int elements = 1, double rate = 44100) : state{shared, 1} {
         state.prepare(rate, 1024);
         mix.prepare(1024);
+        sends.prepare(1024);
         state.patch.setSampleRate(rate);
         state.patch.makeSawtooth();
         state.patch.setElementCount(elements);
@@ -68,10 +72,12 @@ class TestPart {
     void bend(int high, int low = 0) { event(0xE0, low, high); }
     std::vector<float> run(int frames) {
         std::vector<float> left;
+        const OutputSettings output;
+        const RenderTarget target;
         for (int done = 0; done < frames;) {
             const int piece = std::min(frames - done, mix.capacity());
             state.clock.beginPiece(piece, state.controllers.pressure);
-            mix.render(state, piece);
+            mix.render(state, {output, target, sends}, {0, piece, 0});
             state.clock.endPiece(piece);
             for (const StereoFrame& frame : mix.buffer(piece)) left.push_back(frame.left);
             done += piece;

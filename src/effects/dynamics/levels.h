@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/stereo.h"
+#include "base/stereo_frame.h"
 
 namespace stratovane::dynamics {
 

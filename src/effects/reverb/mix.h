@@ -1,7 +1,7 @@
 // How reverbs take their input and mix their output.
 #pragma once
 
-#include "base/stereo.h"
+#include "base/stereo_frame.h"
 
 namespace stratovane {
 
