@@ -17,6 +17,7 @@ namespace {
 
 constexpr int tickSamples = 16;
 constexpr float twoPi = 2 * std::numbers::pi_v<float>;
+constexpr float radiansPerTick = 100.53097f;  // of one cycle per sample: 2 pi 16
 
 /// Natural logarithm of the cutoff in hertz.
 float logCutoff(float v) { return 6.9f * v + 4; }
@@ -97,7 +98,8 @@ class VintageFilter final : public EffectUnit {
     float attack_ = 0, release_ = 0;  // per tick
     // State.
     ControlTick tick_;
-    float cutoff_ = 0;
+    float cutoff_ = 0;  // glides to its target, where it begins
+    bool begins_ = true;
     float g_ = 0;       // of the ladder's one-poles
     float loop_ = 0;    // gain of its loop
     float energy_ = 0;  // of the input since the last tick
@@ -113,8 +115,8 @@ class VintageFilter final : public EffectUnit {
     }
     void reset() override {
         tick_.reset();
-        targetCutoff_ = cutoff_ = cutoffTarget();
-        g_ = loop_ = energy_ = envelope_ = lfo_ = held_ = 0;
+        begins_ = true;
+        cutoff_ = g_ = loop_ = energy_ = envelope_ = lfo_ = held_ = 0;
         phase_ = Phase::decay;
         left_ = right_ = {};
     }
@@ -129,8 +131,8 @@ class VintageFilter final : public EffectUnit {
                 resonance_ = 0.988f * v;
                 break;
             case LfoRate:
-                lfoPerTick_ = lfoHz(v) * 100.53097f / rate();
-                break;  // 2 pi 16
+                lfoPerTick_ = lfoHz(v) * radiansPerTick / rate();
+                break;
             case LfoDepth:
                 lfoDepth_ = depth(v);
                 break;
@@ -189,6 +191,8 @@ class VintageFilter final : public EffectUnit {
     }
     void tick(float resonance) {
         const EnvelopeMode how = envelopeMode(parameter(EnvelopeModes));
+        if (begins_) cutoff_ = targetCutoff_;
+        begins_ = false;
         cutoff_ += (targetCutoff_ - cutoff_) * 0.01f;
         advanceEnvelope(how);
         const float offset = how == EnvelopeMode::lfoRate ? 0 : envelopeDepth_ * envelope_;
