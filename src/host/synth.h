@@ -77,7 +77,16 @@ class Synth : public HostPluginBase {
   private:
     enum class Output { replace, add };
 
+    /// What the vendor-specific request "fxad" points at.
+    struct EffectToAdd {
+        std::int32_t type;
+        float values[12];
+    };
+
     void identifyHost();
+    /// Puts an effect behind the last element of a part; answers its number, 0 when it has no place
+    /// or there is no such effect.
+    std::int32_t addEffect(int part, const EffectToAdd& effect);
     void loadProgram(int part, std::int32_t location, bool isDefaultPatch);
     void lazyInit(const char* caller);
     std::string contentFolder() const;

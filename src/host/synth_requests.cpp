@@ -4,8 +4,10 @@
 #include <cstring>
 
 #include "base/text_out.h"
+#include "effects/catalogue.h"
 #include "engine/engine.h"
 #include "host/synth.h"
+#include "patch/parameter_ids.h"
 #include "platform/platform.h"
 
 namespace stratovane {
@@ -152,6 +154,24 @@ bool Synth::hasMidiProgramsChanged(std::int32_t channel) {
            programs_.takeChanged(channel);
 }
 
+std::int32_t Synth::addEffect(int part, const EffectToAdd& effect) {
+    lazyInit("addEffect");
+    const Patch& playing = engine_->patch(part);
+    const int number = playing.elementCount() + 1;
+    if (number > maxElements || effectType(effect.type) == nullptr) return 0;
+    auto instance = engine_->makeInstance(part);
+    Patch& patch = instance->patch();
+    patch.copyFrom(playing);
+    patch.setElementCount(number);
+    patch.initElement(number, ElementType::effect);
+    patch.recall(number, elementIndex::item, storedEffectType(effect.type));
+    for (int i = 0; i < effectParameters; ++i)
+        patch.recall(number, elementIndex::firstEffectParameter + i,
+                     effect.values[static_cast<std::size_t>(i)]);
+    engine_->adopt(part, std::move(instance));
+    return number;
+}
+
 std::intptr_t Synth::vendorSpecific(std::int32_t index, std::intptr_t value, void* pointer, float) {
     switch (index) {
         case fourCharacters("busy"):
@@ -161,6 +181,9 @@ std::intptr_t Synth::vendorSpecific(std::int32_t index, std::intptr_t value, voi
         case fourCharacters("mbox"):
             setMessageBoxHook(reinterpret_cast<MessageBoxHook>(pointer));
             return 0;
+        case fourCharacters("fxad"):
+            if (pointer == nullptr || value < 0 || value >= parts) return 0;
+            return addEffect(static_cast<int>(value), *static_cast<const EffectToAdd*>(pointer));
         case fourCharacters("part"): {
             const std::int32_t before = selectedPart_;
             if (value >= 0 && value < parts) selectedPart_ = static_cast<std::int32_t>(value);

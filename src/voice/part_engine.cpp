@@ -111,6 +111,7 @@ void PartEngine::Impl::renderPiece(const RenderTarget& target, const BlockPlace&
 
 void PartEngine::freeAllVoices() {
     impl_->state.slots.freeAll();
+    impl_->silent = true;
     impl_->publishCount();
 }
 

@@ -37,7 +37,8 @@ class PartEngine {
     /// the first of them in beats. Blocks cut differently give the same samples but for the part's
     /// gain ramp. Audio thread.
     void render(const RenderTarget& target, int offset, int frames, double position);
-    /// Ends every voice at once, without a fade. Audio thread.
+    /// Ends every voice at once, without a fade; what rings in effects is not heard before the next
+    /// event. Audio thread.
     void freeAllVoices();
 
     /// Whether a voice sounds or waits, an effect rings on or an arpeggio runs: a retiring instance

@@ -235,6 +235,33 @@ TEST(Boundary, AnswersItsOwnRequests) {
     EXPECT_EQ(host.ask(Opcode::vendorSpecific, fourCharacters("tdCA"), fourCharacters("Whee")), 0);
 }
 
+TEST(Boundary, AddsEffectsBehindAPatch) {
+    struct {
+        std::int32_t type;
+        float values[12];
+    } effect{10, {0.5f, 0, 0.1f, 0, 0.5f, 1, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f}};  // a short delay
+    TestHost host;
+    host.start();
+    host.settle();
+    const auto add = [&](std::intptr_t part) {
+        return host.ask(Opcode::vendorSpecific, fourCharacters("fxad"), part, &effect);
+    };
+    EXPECT_EQ(add(16), 0);
+    EXPECT_EQ(host.ask(Opcode::vendorSpecific, fourCharacters("fxad"), 0, nullptr), 0);
+    effect.type = 9;  // no such effect
+    EXPECT_EQ(add(0), 0);
+    effect.type = 10;
+    EXPECT_EQ(add(0), 2);
+    EXPECT_EQ(add(0), 3);
+    host.settle();
+    host.midi({message(0x90, 60, 100), message(0x80, 60, 0, 100)});
+    host.render(20000);
+    // Long after the note its echo sounds.
+    float late = 0;
+    for (std::size_t i = 1200; i < 4000; ++i) late = std::max(late, std::fabs(host.outputs[0][i]));
+    EXPECT_GT(late, 0.001f);
+}
+
 TEST(Boundary, SameInputSameSamples) {
     std::vector<float> first;
     for (int run = 0; run < 2; ++run) {

@@ -70,15 +70,18 @@ class TestPart {
     void off(int note) { event(0x80, note, 0); }
     void control(int number, int value) { event(0xB0, number, value); }
     void bend(int high, int low = 0) { event(0xE0, low, high); }
-    std::vector<float> run(int frames) {
-        std::vector<float> left;
+    void renderPiece(int frames) {
         const OutputSettings output;
         const RenderTarget target;
+        state.clock.beginPiece(frames, state.controllers.pressure);
+        mix.render(state, {output, target, sends}, {0, frames, 0});
+        state.clock.endPiece(frames);
+    }
+    std::vector<float> run(int frames) {
+        std::vector<float> left;
         for (int done = 0; done < frames;) {
             const int piece = std::min(frames - done, mix.capacity());
-            state.clock.beginPiece(piece, state.controllers.pressure);
-            mix.render(state, {output, target, sends}, {0, piece, 0});
-            state.clock.endPiece(piece);
+            renderPiece(piece);
             for (const StereoFrame& frame : mix.buffer(piece)) left.push_back(frame.left);
             done += piece;
         }

@@ -84,9 +84,7 @@ std::vector<StereoFrame> play(const std::vector<TimedEvent>& events, int frames,
             part.event(events[next].status, events[next].first, events[next].second);
         const int until = next < events.size() ? events[next].frame : frames;
         const int piece = std::min({longestPiece, until - frame, part.mix.capacity()});
-        part.state.clock.beginPiece(piece, part.state.controllers.pressure);
-        part.mix.render(part.state, piece);
-        part.state.clock.endPiece(piece);
+        part.renderPiece(piece);
         const auto buffer = part.mix.buffer(piece);
         sound.insert(sound.end(), buffer.begin(), buffer.end());
         frame += piece;
