@@ -1,4 +1,6 @@
 // Chorus: two voices of one mono line, each swept by a sine of its own speed.
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"
 #include "effects/blocks/curves.h"

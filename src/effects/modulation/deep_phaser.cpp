@@ -1,5 +1,7 @@
 // Deep Phaser: twelve all-pass stages on the mono sum, bent by the level; the last stage apart for
 // the right side.
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"
 #include "effects/blocks/one_pole.h"

@@ -1,4 +1,6 @@
 // Detune: one side a little down, the other up.
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/effect_displays.h"
 #include "effects/effect_unit.h"

@@ -1,4 +1,7 @@
 // Ensemble: three voices of one mono line, a slow sweep with a shimmer on top, two of them wide.
+#include <array>
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"
 #include "effects/blocks/curves.h"

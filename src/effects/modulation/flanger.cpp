@@ -1,4 +1,6 @@
 // Flanger: one swept tap of a stereo line, fed back and subtracted.
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"
 #include "effects/blocks/curves.h"

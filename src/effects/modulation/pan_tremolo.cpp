@@ -1,5 +1,6 @@
 // Pan / Tremolo: the gain of each side follows a triangle of its own phase.
 #include <algorithm>
+#include <cmath>
 
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"

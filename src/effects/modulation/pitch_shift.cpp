@@ -1,4 +1,7 @@
 // Pitch Shift: each side shifted by up to an octave, behind a delay that feeds back shifted again.
+#include <algorithm>
+#include <cmath>
+
 #include "effects/all_types.h"
 #include "effects/blocks/tempo_time.h"
 #include "effects/effect_displays.h"

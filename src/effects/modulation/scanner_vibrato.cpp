@@ -1,5 +1,6 @@
 // Scanner Vibrato: a rotating scanner steps along the taps of a delay line, up and down again.
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "effects/all_types.h"

@@ -1,4 +1,6 @@
 // Step Flanger: a flanger of which a share stands still from step to step, in time with the song.
+#include <cmath>
+
 #include "base/tempo_divisions.h"
 #include "effects/all_types.h"
 #include "effects/blocks/control_tick.h"
