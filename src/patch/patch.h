@@ -71,6 +71,9 @@ class Patch {
     void handOver() { live_ = true; }
     /// Recomputes everything that depends on the rate in hertz. Nothing may render meanwhile.
     void setSampleRate(double rate);
+    /// Quarter notes a minute: recompiles the modulation rows that follow tempo. Owner: audio
+    /// thread.
+    void setTempo(float tempo);
     /// Re-applies "Fine Tune" after the engine-wide tuning changed. Any thread.
     void refreshTuning();
 
@@ -134,13 +137,19 @@ class Patch {
     void apply(int element, int index);
     void applyGlobal(int index);
     bool loads(int element, int index) const;
+    int knobDestination(int knob) const;
+    float scaledKnob(int knob) const;
+    void turnKnob(int knob);
+    void turnRotary(int knob);
+    void rebuildMacros();
     float macro(int destination, float v) const;
     void reapplyReaders(int destination);
     void resend(int index);
     void resetControllers(int type);
 
     const EngineShared& shared_;
-    double rate_;  // Hz
+    double rate_;        // Hz
+    float tempo_ = 120;  // quarter notes a minute
     std::array<Shared<float>, globalParameters> values_;
     PatchControls controls_;
     ArpeggiatorSettings arpeggiator_;
