@@ -57,7 +57,10 @@ void PartEngine::setSampleRate(double rate, int maxFrames) {
     impl_->state.patch.setSampleRate(rate);
 }
 
-void PartEngine::setTime(const MusicalTime& time) { impl_->state.time = time; }
+void PartEngine::setTime(const MusicalTime& time) {
+    impl_->state.time = time;
+    impl_->state.patch.setTempo(time.tempo);
+}
 
 void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
     // A parameter stored before this event acts on it.
@@ -69,6 +72,7 @@ void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
 
 void PartEngine::render(const RenderTarget& target, int offset, int frames, double /*position*/) {
     impl_->state.patch.applyMarked();
+    impl_->state.followLfos();
     for (int done = 0; done < frames;) {
         const int piece = std::min(frames - done, impl_->mix.capacity());
         impl_->renderPiece(target, offset + done, piece);

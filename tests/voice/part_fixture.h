@@ -97,6 +97,7 @@ class TestPart {
         std::vector<float> left;
         for (int done = 0; done < frames;) {
             const int piece = std::min(frames - done, mix.capacity());
+            state.followLfos();
             state.clock.beginPiece(piece, state.controllers.pressure);
             mix.render(state, piece);
             state.clock.endPiece(piece);

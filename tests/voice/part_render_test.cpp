@@ -83,6 +83,7 @@ std::vector<StereoFrame> play(const std::vector<TimedEvent>& events, int frames,
             part.event(events[next].status, events[next].first, events[next].second);
         const int until = next < events.size() ? events[next].frame : frames;
         const int piece = std::min({longestPiece, until - frame, part.mix.capacity()});
+        part.state.followLfos();
         part.state.clock.beginPiece(piece, part.state.controllers.pressure);
         part.mix.render(part.state, piece);
         part.state.clock.endPiece(piece);
