@@ -21,7 +21,8 @@ struct PartStep {
 class PartClock {
   public:
     /// The LFOs draw from generators of their own.
-    PartClock(std::uint32_t seed1, std::uint32_t seed2) : lfos_{PartLfo{seed1}, PartLfo{seed2}} {}
+    explicit PartClock(std::uint32_t seed1 = 1, std::uint32_t seed2 = 2)
+        : lfos_{PartLfo{seed1}, PartLfo{seed2}} {}
     /// Room for pieces of `maxFrames`; nothing else changes. Nothing may render meanwhile.
     void prepare(double rate, int maxFrames) {
         constexpr double pressureSeconds = 0.02;
