@@ -1,5 +1,5 @@
-// One part: a control tick without sound, whole blocks of a part with 64 analog voices, and sixteen
-// such parts. Times are per voice-sample, everything included, unless named otherwise.
+// One part: a control tick with 0, 4 and 16 rows, whole blocks of a part with 64 analog voices, and
+// sixteen such parts. Times are per voice-sample, everything included, unless named otherwise.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -72,13 +72,29 @@ void blocks(benchmark::State& state, int parts) {
 void onePart(benchmark::State& state) { blocks(state, 1); }
 void sixteenParts(benchmark::State& state) { blocks(state, 16); }
 
-/// Envelopes, glide, inputs, gains, oscillator and filter controls and the 32 samples of one voice.
+/// Rows of a plain kind and of processors in turn.
+void addRows(Patch& patch, int count) {
+    constexpr int modifiers[] = {0, 6, 37, 53};  // none, the wheel, a sine, a lag
+    for (int row = 0; row < count; ++row) {
+        const int first = elementIndex::firstModulationRow + 5 * row;
+        patch.set(1, first, (23.5f + static_cast<float>(row % 6)) / 71.9f);
+        patch.set(1, first + 1, (static_cast<float>(modifiers[row % 4]) + 0.5f) / 71.9f);
+        patch.set(1, first + 2, 0.55f);
+        patch.set(1, first + 3, (1.5f + static_cast<float>(row % 9)) / 15.9f);
+        patch.set(1, first + 4, 0.55f);
+    }
+}
+
+/// Envelopes, LFO, glide, inputs, modulation rows, gains, oscillator and filter controls and the 32
+/// samples of one voice.
 void tick(benchmark::State& state) {
     EngineShared shared;
     PartState part{shared, 1};
     part.prepare(44100, blockFrames);
     part.patch.makeSawtooth();
+    addRows(part.patch, static_cast<int>(state.range(0)));
     handlePartEvent(part, {0x90, 60, 100, 0}, EventSource::host);
+    part.followLfos();
     part.clock.beginPiece(32, 0);
     Voice& voice = part.voiceAt(0);
     for (auto _ : state) {
@@ -95,7 +111,7 @@ void silentPart(benchmark::State& state) {
     for (auto _ : state) playing.part.render({out.pointers, out.touched, 1}, 0, blockFrames, 0);
 }
 
-BENCHMARK(tick);
+BENCHMARK(tick)->ArgName("rows")->Arg(0)->Arg(4)->Arg(16);
 BENCHMARK(onePart)->ArgNames({"dual", "ladder"})->ArgsProduct({{0, 1}, {0, 1}});
 BENCHMARK(sixteenParts)->ArgNames({"dual", "ladder"})->ArgsProduct({{0, 1}, {0, 1}});
 BENCHMARK(silentPart);

@@ -39,6 +39,17 @@ void setEco(ElementScope& s, float v) {
     s.controls.eco = effectiveEco(s.patch.eco, s.controls.receive, v);
 }
 
+// Knob slots.
+
+template <int slot>
+void followSlot(ElementScope& s, float) {
+    s.followSlot(slot);
+}
+template <int slot>
+void connectSlot(ElementScope& s, float v) {
+    s.connectSlot(slot, choice(v, 7.9f));
+}
+
 // Zones and voice mode.
 
 void buildKeyZone(ElementScope& s, float) {
@@ -125,6 +136,10 @@ void setModulationTime(ElementScope& s, float v) {
     s.controls.modulation.ticks[static_cast<std::size_t>(s.index - 90) / 2] =
         timeSeconds(v) * static_cast<float>(s.rate()) / 32.0f + 1.0f;
 }
+void setTempoToEnvelopes(ElementScope& s, float v) {
+    s.controls.tempoToEnvelopes = v;
+    s.recompileRows();
+}
 template <auto envelope>
 void setFade(ElementScope& s, float v) {
     (s.controls.*envelope).fadeSeconds = v >= 0.52f  ? std::exp(15.0f - 20.0f * v)
@@ -172,6 +187,12 @@ void setFilterMode(ElementScope& s, float v) {
 void setLevel(ElementScope& s, float v) {
     s.controls.level = 2.0f * v * v;
     s.updateSilence();
+}
+
+// Modulation.
+
+void editRow(ElementScope& s, float) {
+    s.editRow((s.index - elementIndex::firstModulationRow) / 5);
 }
 
 // Displays.
@@ -283,18 +304,34 @@ constexpr auto listed = std::to_array<ElementRow>({
      .apply = setReceive,
      .show = showSwitch<onOff>},
     {.id = 3, .name = "ECO Mode", .initial = 1.0f, .apply = setEco, .show = showEco, .loads = true},
-    {.id = 4, .name = "Mode", .initial = 0.67f, .show = showChoice<slotModes>},
-    {.id = 5, .name = "Mode", .initial = 0.67f, .show = showChoice<slotModes>},
-    {.id = 6, .name = "Dest 1", .show = showSlotDestination},
-    {.id = 7, .name = "Depth 1", .initial = 0.5f, .show = showSignedNumber},
-    {.id = 8, .name = "Dest 2", .show = showSlotDestination},
-    {.id = 9, .name = "Depth 2", .initial = 0.5f, .show = showSignedNumber},
-    {.id = 10, .name = "Dest 1", .show = showSlotDestination},
-    {.id = 11, .name = "Depth 1", .initial = 0.5f, .show = showSignedNumber},
-    {.id = 12, .name = "Dest 2", .show = showSlotDestination},
-    {.id = 13, .name = "Depth 2", .initial = 0.5f, .show = showSignedNumber},
-    {.id = 14, .name = "Knob (test only)", .initial = 0.5f},
-    {.id = 15, .name = "Knob (test only)", .initial = 0.5f},
+    {.id = 4,
+     .name = "Mode",
+     .initial = 0.67f,
+     .apply = followSlot<0>,
+     .show = showChoice<slotModes>},
+    {.id = 5,
+     .name = "Mode",
+     .initial = 0.67f,
+     .apply = followSlot<1>,
+     .show = showChoice<slotModes>},
+    {.id = 6, .name = "Dest 1", .apply = followSlot<0>, .show = showSlotDestination},
+    {.id = 7, .name = "Depth 1", .initial = 0.5f, .apply = followSlot<0>, .show = showSignedNumber},
+    {.id = 8, .name = "Dest 2", .apply = followSlot<0>, .show = showSlotDestination},
+    {.id = 9, .name = "Depth 2", .initial = 0.5f, .apply = followSlot<0>, .show = showSignedNumber},
+    {.id = 10, .name = "Dest 1", .apply = followSlot<1>, .show = showSlotDestination},
+    {.id = 11,
+     .name = "Depth 1",
+     .initial = 0.5f,
+     .apply = followSlot<1>,
+     .show = showSignedNumber},
+    {.id = 12, .name = "Dest 2", .apply = followSlot<1>, .show = showSlotDestination},
+    {.id = 13,
+     .name = "Depth 2",
+     .initial = 0.5f,
+     .apply = followSlot<1>,
+     .show = showSignedNumber},
+    {.id = 14, .name = "Knob (test only)", .initial = 0.5f, .apply = followSlot<0>},
+    {.id = 15, .name = "Knob (test only)", .initial = 0.5f, .apply = followSlot<1>},
     {.id = 16, .name = "OFF"},
     {.id = 49, .name = "Keyrange Low", .apply = buildKeyZone, .show = showKey<1279>},
     {.id = 50,
@@ -456,7 +493,7 @@ constexpr auto listed = std::to_array<ElementRow>({
      .apply = setLfo3Rate,
      .show = showLfoRateText,
      .voices = true},
-    {.id = 88, .name = "Phase", .apply = raw<&C::lfo3, &Lfo3Controls::phase>, .show = showLfoPhase},
+    {.id = 88, .name = "Phase", .apply = raw<&C::lfo3, &LfoControls::phase>, .show = showLfoPhase},
     {.id = 89,
      .name = "Level 1",
      .initial = 0.5f,
@@ -614,7 +651,7 @@ constexpr auto listed = std::to_array<ElementRow>({
      .initial = 0.5f,
      .apply = setFilterKeytrack,
      .show = shown<showSignedPercent>},
-    {.id = 123, .name = "Tempo to Env Rates", .apply = raw<&C::tempoToEnvelopes>},
+    {.id = 123, .name = "Tempo to Env Rates", .apply = setTempoToEnvelopes},
     {.id = 124,
      .name = "Voice Mute Fadeout",
      .apply = [](auto& s, float v) { s.controls.muteFadeSeconds = v * v; }},
@@ -706,8 +743,8 @@ constexpr auto listed = std::to_array<ElementRow>({
      .initial = 0.5f,
      .apply = setPriority,
      .show = showChoice<priorities>},
-    {.id = 145, .name = "1.  Source", .show = showSlotSource},
-    {.id = 146, .name = "2.  Source", .show = showSlotSource},
+    {.id = 145, .name = "1.  Source", .apply = connectSlot<0>, .show = showSlotSource},
+    {.id = 146, .name = "2.  Source", .apply = connectSlot<1>, .show = showSlotSource},
     {.id = 147,
      .name = "Receive AT",
      .initial = 1.0f,
@@ -726,13 +763,13 @@ constexpr auto listed = std::to_array<ElementRow>({
      .voices = true},
 });
 
-consteval std::array<ElementRow, 80> modulationRows() {
+consteval std::array<ElementRow, 80> modulationFields() {
     constexpr ElementRow fields[5] = {
-        {.show = showRowSource, .showName = showRowName},
-        {.show = showRowModifier, .showName = showRowName},
-        {.initial = 0.5f, .show = showRowParameter, .showName = showRowName},
-        {.show = showRowDestination, .showName = showRowName},
-        {.initial = 0.5f, .show = showRowDepth, .showName = showRowName},
+        {.apply = editRow, .show = showRowSource, .showName = showRowName, .layout = true},
+        {.apply = editRow, .show = showRowModifier, .showName = showRowName, .layout = true},
+        {.initial = 0.5f, .apply = editRow, .show = showRowParameter, .showName = showRowName},
+        {.apply = editRow, .show = showRowDestination, .showName = showRowName, .layout = true},
+        {.initial = 0.5f, .apply = editRow, .show = showRowDepth, .showName = showRowName},
     };
     std::array<ElementRow, 80> rows{};
     for (int i = 0; i < 80; ++i) {
@@ -742,7 +779,7 @@ consteval std::array<ElementRow, 80> modulationRows() {
     return rows;
 }
 
-constexpr auto rows = joined(listed, modulationRows());
+constexpr auto rows = joined(listed, modulationFields());
 static_assert(inOrder(rows) && rows.back().id < elementParameters);
 
 }  // namespace

@@ -11,9 +11,6 @@ namespace stratovane {
 Element::Element() = default;
 Element::~Element() = default;
 
-/// The value that conversions see: as stored, until knobs are routed to parameters.
-float Element::routed(int index) const { return stored(index); }
-
 void Element::apply(int index) {
     const ElementRow* row = elementRow(type_, index);
     if (!row || !row->apply) return;
@@ -29,6 +26,7 @@ void Element::apply(int index) {
 void Element::applyAll() {
     for (int i = 0; i < elementParameters; ++i)
         if (!patch_->live_ || !patch_->loads(number_, i)) apply(i);
+    recompileRows();
 }
 
 void Element::reapplyMacroReaders() {
@@ -55,6 +53,7 @@ void Element::changeType(ElementType to) {
     // depends on the type.
     patch_->settle(number_, elementIndex::wave, Patch::When::owner);
     ElementScope{*this, controls_, patch_->controls_, elementIndex::type}.updateSilence();
+    recompileRows();
     ++changes_;
     patch_->layoutChanged_.set(1);
 }

@@ -9,6 +9,7 @@
 #include "base/published.h"
 #include "base/shared.h"
 #include "patch/element_controls.h"
+#include "patch/knob_slots.h"
 
 namespace stratovane {
 
@@ -48,6 +49,13 @@ class Element {
     void apply(int index);
     void applyAll();
     float routed(int index) const;
+    void followSlot(int slot);
+    void connectSlot(int slot, int knob);
+    void knobTurned(int knob, float position);
+    void feedSlot(int slot, float position);
+    void editRow(int row);
+    void recompileRows();
+    RowContext rowContext() const;
     void reapplyMacroReaders();
     void changeType(ElementType to);
 
@@ -61,6 +69,7 @@ class Element {
     std::array<Shared<float>, 256> values_;
     ElementType type_ = ElementType::effect;
     ElementControls controls_;
+    KnobSlots knobs_;
     std::uint32_t changes_ = 0;
 
     Published<EffectUnit> unit_;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "patch/modulation_row.h"
 #include "patch/zone_table.h"
 
 namespace stratovane {
@@ -81,7 +82,8 @@ struct ModulationEnvelopeControls {
                                1};  // Time 1..3, release: control ticks before the tempo factor
 };
 
-struct Lfo3Controls {
+/// An LFO of a part or of an element's voices.
+struct LfoControls {
     std::int32_t wave = 0;
     LfoSync sync = LfoSync::off;
     float freePerTick = 0;   // half cycles per tick
@@ -204,8 +206,9 @@ struct ElementControls {
     float wave = 0, keyToWave = 0, velocityToWave = 0, randomWave = 0;
     float wave2 = 0;  // continuous shape of oscillator 2
     // Modulation
-    Lfo3Controls lfo3;
+    LfoControls lfo3;
     ModulationEnvelopeControls modulation;
+    ModulationRows rows;
     EnvelopeControls filterEnvelope, ampEnvelope;
     float tempoToEnvelopes = 0;  // 0..1
     float muteFadeSeconds = 0;

@@ -28,6 +28,10 @@ struct ElementScope {
     void changeType(ElementType to);
     void updateSilence();
     void setEffectParameter(int number, float v);  // 0..11, of the unit if there is one
+    void followSlot(int slot);                     // knob slot 0 or 1
+    void connectSlot(int slot, int knob);
+    void editRow(int row);  // modulation row 0..15
+    void recompileRows();   // for times that depend on other rows
     /// A value bent by macro destination 0..14, if the element receives.
     float macro(int destination, float v) const;
 };

@@ -91,7 +91,7 @@ void setLfoWave(GlobalScope& s, float v) {
 template <int lfo>
 void setLfoRate(GlobalScope& s, float v) {
     if (s.controls.lfoRateFlags & (1 << lfo)) v = s.macro(lfoRateDestination, v);
-    PatchLfoControls& controls = s.controls.lfo[lfo];
+    LfoControls& controls = s.controls.lfo[lfo];
     const float halfCyclesPerSecond = std::exp(6.8024f * v - 2.70805f);  // 1/15..60
     controls.freePerTick = halfCyclesPerSecond * static_cast<float>(tickFrames / s.rate());
     controls.tempoPerBeat = tempoDivision(v).perBeat;
@@ -112,6 +112,12 @@ void setMacroBase(GlobalScope& s, float v) {
     s.controls.macroBase[static_cast<std::size_t>(destination)] = 2.0f * v - 1.0f;
     s.reapplyReaders(destination);
 }
+
+template <int knob>
+void turnKnob(GlobalScope& s, float) {
+    s.turnKnob(knob - 1);
+}
+void rebuildMacros(GlobalScope& s, float) { s.rebuildMacros(); }
 
 void setStep(GlobalScope& s, float v) {
     const auto at = static_cast<std::size_t>(s.index - global::firstStep);
@@ -237,8 +243,8 @@ constexpr auto listed = std::to_array<GlobalRow>({
      .initial = 0.4f,
      .apply = [](auto& s, float v) { s.controls.glide = static_cast<PatchGlide>(choice(v, 3.9f)); },
      .show = showChoice<glideNames>},
-    {.id = 14, .initial = 0.5f, .showName = showKnobName<1>},
-    {.id = 15, .initial = 0.5f, .showName = showKnobName<2>},
+    {.id = 14, .initial = 0.5f, .apply = turnKnob<1>, .showName = showKnobName<1>},
+    {.id = 15, .initial = 0.5f, .apply = turnKnob<2>, .showName = showKnobName<2>},
     {.id = 17, .name = "Arpeggiator", .apply = arpeggiate, .show = showSwitch<onOff>},
     {.id = 18, .name = "Latch", .apply = arpeggiate, .show = showSwitch<onOff>},
     {.id = 19, .name = "Mode", .apply = arpeggiate, .show = showChoice<arpeggiatorModes>},
@@ -399,22 +405,22 @@ constexpr auto listed = std::to_array<GlobalRow>({
     {.id = 90, .name = "Sync", .apply = setLfoSync<1>, .show = showLfoSync},
     {.id = 91, .name = "Rate", .initial = 1.0f, .apply = setLfoRate<1>, .show = showLfoRateText},
     {.id = 92, .name = "Phase", .apply = setLfoPhase<1>, .show = showLfoPhase},
-    {.id = 103, .initial = 0.5f, .showName = showKnobName<3>},
-    {.id = 105, .initial = 0.5f, .showName = showKnobName<4>},
-    {.id = 107, .initial = 0.5f, .showName = showKnobName<5>},
-    {.id = 109, .initial = 0.5f, .showName = showKnobName<6>},
-    {.id = 112, .name = "Knob 1", .show = showKnobDestination},
-    {.id = 113, .name = "ofs"},
-    {.id = 114, .name = "rng"},
-    {.id = 115, .name = "Knob 2", .show = showKnobDestination},
-    {.id = 116, .name = "ofs"},
-    {.id = 117, .name = "rng"},
-    {.id = 118, .name = "Knob 3", .show = showKnobDestination},
-    {.id = 119, .name = "ofs"},
-    {.id = 120, .name = "rng"},
-    {.id = 123, .name = "Knob 6", .show = showKnobDestination},
-    {.id = 124, .name = "ofs"},
-    {.id = 125, .name = "rng"},
+    {.id = 103, .initial = 0.5f, .apply = turnKnob<3>, .showName = showKnobName<3>},
+    {.id = 105, .initial = 0.5f, .apply = turnKnob<4>, .showName = showKnobName<4>},
+    {.id = 107, .initial = 0.5f, .apply = turnKnob<5>, .showName = showKnobName<5>},
+    {.id = 109, .initial = 0.5f, .apply = turnKnob<6>, .showName = showKnobName<6>},
+    {.id = 112, .name = "Knob 1", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 113, .name = "ofs", .apply = rebuildMacros},
+    {.id = 114, .name = "rng", .apply = rebuildMacros},
+    {.id = 115, .name = "Knob 2", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 116, .name = "ofs", .apply = rebuildMacros},
+    {.id = 117, .name = "rng", .apply = rebuildMacros},
+    {.id = 118, .name = "Knob 3", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 119, .name = "ofs", .apply = rebuildMacros},
+    {.id = 120, .name = "rng", .apply = rebuildMacros},
+    {.id = 123, .name = "Knob 6", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 124, .name = "ofs", .apply = rebuildMacros},
+    {.id = 125, .name = "rng", .apply = rebuildMacros},
     {.id = 126, .name = "GM Wave", .initial = 0.5f, .apply = setMacroBase},
     {.id = 127, .name = "GM LFO Rate", .initial = 0.5f, .apply = setMacroBase},
     {.id = 128, .name = "GM Cutoff", .initial = 0.5f, .apply = setMacroBase},
@@ -425,12 +431,12 @@ constexpr auto listed = std::to_array<GlobalRow>({
     {.id = 133, .name = "GM Attack", .initial = 0.5f, .apply = setMacroBase},
     {.id = 134, .name = "GM Decay", .initial = 0.5f, .apply = setMacroBase},
     {.id = 135, .name = "GM Release", .initial = 0.5f, .apply = setMacroBase},
-    {.id = 138, .name = "Knob 4", .show = showKnobDestination},
-    {.id = 139, .name = "ofs"},
-    {.id = 140, .name = "rng"},
-    {.id = 141, .name = "Knob 5", .show = showKnobDestination},
-    {.id = 142, .name = "ofs"},
-    {.id = 143, .name = "rng"},
+    {.id = 138, .name = "Knob 4", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 139, .name = "ofs", .apply = rebuildMacros},
+    {.id = 140, .name = "rng", .apply = rebuildMacros},
+    {.id = 141, .name = "Knob 5", .apply = rebuildMacros, .show = showKnobDestination},
+    {.id = 142, .name = "ofs", .apply = rebuildMacros},
+    {.id = 143, .name = "rng", .apply = rebuildMacros},
     {.id = 148, .name = "Glide Time", .initial = 0.5f, .apply = setMacroBase},
     {.id = 149, .name = "Current Scene", .show = showScene},
     {.id = 150, .name = "Scene MIDI Select", .show = showSwitch<onOff>},

@@ -20,6 +20,8 @@ struct GlobalScope {
     void reapply(int other);               // another global row
     void reapplyReaders(int destination);  // what macro destination 0..14 bends
     void reapplyPianoLayers();             // the wave selection of "Sample" elements 1..8
+    void turnKnob(int knob);               // 0..5, to its stored position
+    void rebuildMacros();                  // bases and offsets of all macro destinations
     void resetControllers();               // to the defaults of controls.type
     /// A value bent by macro destination 0..14.
     float macro(int destination, float v) const;

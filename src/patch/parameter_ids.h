@@ -34,8 +34,13 @@ inline constexpr int firstStep = 172;  // sixteen steps of five fields
 /// Of elements 1..68; the block 17..48 means something else for each type.
 namespace elementIndex {
 inline constexpr int mute = 0, type = 1, receive = 2, eco = 3;
+inline constexpr int firstSlotMode = 4;          // of two slots
+inline constexpr int firstSlotDestination = 6;   // destination, depth, destination, depth; twice
+inline constexpr int firstSlotInput = 14;        // of two slots
+inline constexpr int firstRouted = 16;           // destinations of knobs begin here
+inline constexpr int firstEffectParameter = 25;  // "Effect": twelve
+inline constexpr int firstSlotKnob = 145;        // of two slots
 inline constexpr int firstBlock = 17, lastBlock = 48;
-inline constexpr int firstEffectParameter = 25;                   // "Effect": twelve
 inline constexpr int velocityMapMode = 17, bank = 18, item = 19;  // "Sample"
 inline constexpr int formant = 22;                                // "Sample"
 inline constexpr int drumKitBanks = 10;                           // sample banks below are kits

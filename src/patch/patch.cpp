@@ -10,7 +10,6 @@
 #include "patch/element.h"
 #include "patch/element_rows.h"
 #include "patch/global_rows.h"
-#include "patch/macro_readers.h"
 #include "patch/parameter_ids.h"
 #include "patch/patch_texts.h"
 
@@ -193,6 +192,9 @@ void Patch::setTempo(float beatsPerMinute, double beatsPerSample) {
     for (int number = 1; number <= elementTotal; ++number)
         if (EffectUnit* unit = element(number).unit())
             unit->setTempo(beatsPerMinute, beatsPerSample);
+    if (beatsPerMinute == tempo_) return;
+    tempo_ = beatsPerMinute;
+    for (int number = 1; number <= elementCount_; ++number) element(number).recompileRows();
 }
 
 void Patch::renewEffects() {
@@ -201,34 +203,6 @@ void Patch::renewEffects() {
 }
 
 void Patch::refreshTuning() { settle(0, global::fineTune, When::marked); }
-
-float Patch::macro(int destination, float v) const {
-    const auto k = static_cast<std::size_t>(destination);
-    return bendMacro(v, controls_.macroBase[k], controls_.macroOffset[k]);
-}
-
-void Patch::resend(int index) {
-    for (int number = 1; number <= elementCount_; ++number)
-        if (element(number).controls_.receive) settle(number, index, When::owner);
-}
-
-void Patch::reapplyReaders(int destination) {
-    if (destination == lfoRateMacro) {
-        applyGlobal(global::lfo1Rate);
-        applyGlobal(global::lfo2Rate);
-    }
-    const MacroReaders& readers = macroReaders[static_cast<std::size_t>(destination)];
-    if (readers.first >= 0) resend(readers.first);
-    if (destination == waveMacro) {
-        for (int number = 1; number <= elementCount_; ++number) {
-            Element& sample = element(number);
-            if (sample.controls_.receive && sample.type_ == ElementType::sample)
-                settle(number, elementIndex::formant, When::owner);
-        }
-    } else if (readers.second >= 0) {
-        resend(readers.second);
-    }
-}
 
 float GlobalScope::value(int other) const { return patch.values_[static_cast<std::size_t>(other)]; }
 double GlobalScope::rate() const { return patch.rate_; }
@@ -241,6 +215,8 @@ void GlobalScope::reapplyPianoLayers() {
         if (patch.element(number).type() == ElementType::sample)
             patch.settle(number, elementIndex::item, Patch::When::owner);
 }
+void GlobalScope::turnKnob(int knob) { patch.turnKnob(knob); }
+void GlobalScope::rebuildMacros() { patch.rebuildMacros(); }
 void GlobalScope::resetControllers() { patch.resetControllers(controls.type); }
 float GlobalScope::macro(int destination, float v) const { return patch.macro(destination, v); }
 

@@ -79,7 +79,7 @@ class Patch {
     /// set.
     void setPlace(int part, KeySource* keys, int outputPairs);
     int outputPairs() const { return outputPairs_; }
-    /// Hands the tempo to the effects. Audio thread (builder before hand-over).
+    /// Hands the tempo to the effects and recompiles the modulation rows that follow it. Owner.
     void setTempo(float beatsPerMinute, double beatsPerSample);
     /// Replaces every effect by a fresh one with the same settings. UI thread.
     void renewEffects();
@@ -150,6 +150,11 @@ class Patch {
     void apply(int element, int index);
     void applyGlobal(int index);
     bool loads(int element, int index) const;
+    int knobDestination(int knob) const;
+    float scaledKnob(int knob) const;
+    void turnKnob(int knob);
+    void turnRotary(int knob);
+    void rebuildMacros();
     float macro(int destination, float v) const;
     void reapplyReaders(int destination);
     void resend(int index);
@@ -158,7 +163,8 @@ class Patch {
     const EngineShared& shared_;
     double beatsPerFrame() const;
 
-    double rate_;  // Hz
+    double rate_;        // Hz
+    float tempo_ = 120;  // quarter notes a minute
     KeySource* keys_ = nullptr;
     int part_ = 0;
     int outputPairs_ = 16;

@@ -14,14 +14,6 @@ inline constexpr int macroDestinations = 15;
 /// The patch's word on gliding; `byElement` leaves it to each element's mode.
 enum class PatchGlide : std::int32_t { off, byElement, legato, on };
 
-struct PatchLfoControls {
-    std::int32_t wave = 0;
-    LfoSync sync = LfoSync::off;
-    float freePerTick = 0;   // half cycles per 32 frames
-    float tempoPerBeat = 1;  // divisions per beat
-    float phase = 0;         // 0..0.9 start phase / 0.9; above: random
-};
-
 struct TuningControls {
     std::int32_t bank = 0, item = 128;  // 128: none
     std::int32_t root = 0;              // semitones from middle C, -12..12
@@ -47,10 +39,11 @@ struct PatchControls {
     std::int32_t lfoRateFlags = 0;  // bit 0..2: LFO 1..3 follow the macro "LFO Rate"
     float pianoCharacter = 0;
     std::int32_t bendUp = 0, bendDown = 0;  // range codes, 0..15
-    std::array<PatchLfoControls, 2> lfo;
+    std::array<LfoControls, 2> lfo;
     std::array<TuningControls, 2> tuning;
     float tuning2Depth = 0;
     std::int32_t pianoVariant = 0;
+    std::array<float, 6> knobs{};                        // positions, 0..1
     std::array<float, macroDestinations> macroBase{};    // B: -1..1
     std::array<float, macroDestinations> macroOffset{};  // O
 };

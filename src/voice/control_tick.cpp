@@ -6,6 +6,7 @@
 #include "voice/glide.h"
 #include "voice/part_state.h"
 #include "voice/start_voice.h"
+#include "voice/voice_modulation.h"
 #include "voice/voice_sound.h"
 
 namespace stratovane {
@@ -19,6 +20,7 @@ void followElement(const PartState& part, Voice& voice) {
     voice.elementChanges = changes;
     refreshGlideSpeed(voice);
     refreshSound(part, voice);
+    refreshSources(part, voice);
 }
 
 void tickEnvelopes(const PartState& part, Voice& voice) {
@@ -68,16 +70,17 @@ void resetInputs(const PartState& part, Voice& voice) {
     in.resonance = element.resonance + voice.offsets.resonance;
     in.pan = element.pan + voice.offsets.pan;
     in.amplitude = in.lfo3Rate = in.envelopeRate = 1;
+    in.nowhere = 0;
 }
 
 void renderTick(PartState& part, Voice& voice) {
+    followRows(part, voice);
     followElement(part, voice);
     voice.step = part.clock.at(voice.dueFrame);
-    // The voice's own LFO steps here.
+    tickLfo3(part, voice);
     tickEnvelopes(part, voice);
     voice.glidePitch += (voice.glideTarget - voice.glidePitch) * voice.glidePerTick;
-    resetInputs(part, voice);
-    // Modulation slots add to the inputs here.
+    modulateInputs(part, voice);
     voice.playing = voice.playing == 0 ? 1 : 0;
     VoiceTick& tick = voice.ticks[voice.playing];
     tick.firstFrame = voice.dueFrame;

@@ -167,7 +167,9 @@ void noteOn(PartState& part, int note, int velocity, std::int8_t detune, EventSo
     played.trigger = triggerState(part);
     ++part.notesPlayed;
     ++part.eventCounter;
-    // The part's LFOs restart here.
+    const auto& lfos = part.patch.controls().lfo;
+    for (std::size_t i = 0; i < lfos.size(); ++i)
+        part.clock.noteOn(i, lfos[i], part.held.count() == 1);
     played.resumes = !part.patch.takeLayoutChanged();
     for (int element = 1; element <= part.patch.elementCount(); ++element)
         playElement(part, element, played);

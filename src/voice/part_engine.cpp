@@ -79,6 +79,7 @@ void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
 
 void PartEngine::render(const RenderTarget& target, int offset, int frames, double position) {
     impl_->state.patch.applyMarked();
+    impl_->state.followLfos();
     for (int done = 0; done < frames;) {
         const int piece = std::min(frames - done, impl_->mix.capacity());
         impl_->renderPiece(

@@ -20,7 +20,8 @@ using VoicePool = std::array<Voice, voicesPerPart>;
 
 /// A plain record of the audio thread (of its builder before hand-over).
 struct PartState {
-    PartState(const EngineShared& shared, std::uint32_t seed) : patch{shared}, random{seed} {}
+    PartState(const EngineShared& shared, std::uint32_t seed)
+        : patch{shared}, random{seed}, clock{random.seed(), random.seed()} {}
 
     Patch patch;
     SlotTable slots;
@@ -28,9 +29,9 @@ struct PartState {
     Controllers controllers;
     HeldNotes held;
     std::array<std::int8_t, 128> detuneCents{};  // of the last note-on of each key
-    PartClock clock;
     MusicalTime time;
     Random random;
+    PartClock clock;
     double rate = 44100;
     float tickSeconds = 0;   // both of rate
     float middleCPitch = 0;  // cycles per sample
@@ -45,6 +46,13 @@ struct PartState {
         tickSeconds = static_cast<float>(tickFrames / rate);
         middleCPitch = stratovane::middleCPitch(rate);
         clock.prepare(rate, maxFrames);
+    }
+    /// Quarter notes in a control tick.
+    float beatsPerTick() const { return time.tempo / 60 * tickSeconds; }
+    /// Rates and waves of the part's LFOs for the frames to come.
+    void followLfos() {
+        const auto& lfos = patch.controls().lfo;
+        for (std::size_t i = 0; i < lfos.size(); ++i) clock.followLfo(i, lfos[i], beatsPerTick());
     }
     Voice& voiceAt(int slot) { return (*voices)[slots[slot].voice]; }
     const Voice& voiceAt(int slot) const { return (*voices)[slots[slot].voice]; }

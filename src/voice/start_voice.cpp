@@ -9,6 +9,7 @@
 #include "voice/glide.h"
 #include "voice/part_state.h"
 #include "voice/tuning_lookup.h"
+#include "voice/voice_modulation.h"
 #include "voice/voice_sound.h"
 
 namespace stratovane {
@@ -22,13 +23,15 @@ float normalisedVelocity(const ElementControls& element, int velocity) {
 }
 
 /// How far note and micro-tuning lie above middle C.
-float pitchOfNote(const PartState& part, const VoiceNote& note) {
+void setNotePitch(const PartState& part, Voice& voice, const VoiceNote& note) {
     const PatchControls& patch = part.patch.controls();
     // Tuning tables come with the content library; without one a slot moves nothing.
-    const float tuning = tuningCents({}, note.note - patch.tuning[0].root) +
-                         tuningCents({}, note.note - patch.tuning[1].root) * patch.tuning2Depth;
+    const float tuning1 = tuningCents({}, note.note - patch.tuning[0].root);
+    const float tuning2 = tuningCents({}, note.note - patch.tuning[1].root);
     const auto semitones = static_cast<float>(note.note + patch.transpose - 60);
-    return (semitones * 100 + note.detuneCents + tuning) * centPitch;
+    voice.tuning2 = tuning2 * 0.01f;
+    voice.notePitch =
+        (semitones * 100 + note.detuneCents + (tuning1 + tuning2 * patch.tuning2Depth)) * centPitch;
 }
 
 /// Place of a unison voice between its outer neighbours, -0.5..0.5; 0 without unison.
@@ -112,8 +115,7 @@ bool clicks(const ElementControls& element) {
 /// The amplitude begins at its peak with the gains there at once, and the filter is struck.
 void click(const PartState& part, Voice& voice) {
     const ElementControls& element = voice.controls();
-    resetInputs(part, voice);
-    // Modulation slots are evaluated here: they may turn the click down.
+    modulateInputs(part, voice);  // rows may turn the click down
     const float k = (shortestClickAttack - element.ampEnvelope.attackSeconds) *
                     voiceLevel(part, voice) * voice.amp.peak * voice.inputs.amplitude *
                     element.noteOnClick * 8000;
@@ -135,7 +137,7 @@ void resetRecord(Voice& voice) {
     voice.modulation.reset();
     voice.offsets = {};
     voice.inputs = {};
-    voice.step = {};
+    voice.filterInput = 0;
     voice.gain = {};
     voice.playing = -1;
     voice.ticked = false;
@@ -183,7 +185,7 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
     voice.startStamp = part.eventCounter;
     voice.unisonIndex = unisonIndex;
     voice.startGain = gain;
-    voice.notePitch = pitchOfNote(part, note);
+    setNotePitch(part, voice, note);
     voice.random = Random{part.random.seed()};
     voice.randomValue = voice.random.bipolar();
     setVelocity(voice, note.velocity);
@@ -201,7 +203,11 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
         voice.startsAtRelease
             ? Voice::never
             : voice.noteFrame + delayFrames(part, element, voice.velocity, delayRandom);
-    // The voice's own LFO and its modulation slots start here.
+    voice.step = part.clock.now();
+    startLfo3(voice);
+    startSlots(part, voice);
+    resetInputs(part, voice);
+    voice.lastPitch = voice.inputs.pitch;
     voice.offsets.level = unisonLevel(unisonIndex, element.unisonExtra) * startSound(part, voice) *
                           panLevel(element.pan + voice.offsets.pan);
     startEnvelopes(part, voice);
@@ -217,13 +223,14 @@ void retargetVoice(PartState& part, int slot, const VoiceNote& note, Retrigger m
         setVelocity(voice, note.velocity);
         capture(part, voice);
     }
-    voice.notePitch = pitchOfNote(part, note);
+    setNotePitch(part, voice, note);
     retargetGlide(part, voice, note.note, targetPitch(voice));
 
     if (mode == Retrigger::pitchOnly) return;
-    // An LFO of the voice's own in "Each Note" restarts here, in the two fullest modes.
-    if (mode == Retrigger::newVoice || mode == Retrigger::allModulation)
+    if (mode == Retrigger::newVoice || mode == Retrigger::allModulation) {
+        retriggerLfo3(voice);
         voice.modulation.setStage(0, element.modulation, envelopeTimeFactor(part, voice));
+    }
     if (mode != Retrigger::filter) {
         voice.amp.setStage(-1, envelopeContext(part, voice, element.ampEnvelope));
         if (mode == Retrigger::newVoice && voice.element->type() == ElementType::analog &&

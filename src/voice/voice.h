@@ -1,6 +1,7 @@
 // One sounding note of an element.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -10,7 +11,9 @@
 #include "patch/element.h"
 #include "voice/analog/analog_voice.h"
 #include "voice/envelope.h"
+#include "voice/lfo.h"
 #include "voice/modulation_envelope.h"
+#include "voice/modulation_slot.h"
 #include "voice/part_clock.h"
 
 namespace stratovane {
@@ -24,6 +27,7 @@ struct VoiceInputs {
     float pan = 0.5f;
     float amplitude = 1;
     float lfo3Rate = 1, envelopeRate = 1;  // factors
+    float nowhere = 0;                     // what rows without a destination move
 };
 
 /// What the note gave its voice: added to, or multiplied with, the element's own settings.
@@ -57,6 +61,7 @@ struct Voice {
     float basePitch = 0;               // of middle C in units of the sound's phase per sample
     float startGain = 0;               // of key and velocity zones
     float randomValue = 0;             // -1..1, drawn once a note
+    float tuning2 = 0;                 // semitones of the second tuning table, before its depth
     float sustain = 0, pressure = 0, softPedal = 0;  // captured; sustain follows the pedal
     Random random;
 
@@ -70,6 +75,11 @@ struct Voice {
     float glidePitch = 0, glideTarget = 0, glidePerTick = 1;
     SegmentEnvelope amp, filterEnvelope;
     ModulationEnvelope modulation;
+    Lfo lfo3;
+    std::array<ModulationSlot, modulationRows> slots;
+    std::uint32_t rowChanges = 0;  // the element's count as last seen
+    float lastPitch = 0;           // modulated, of the tick before
+    float filterInput = 0;         // last sample that entered the filter
     VoiceOffsets offsets;
     VoiceInputs inputs;
     PartStep step;

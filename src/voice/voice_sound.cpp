@@ -38,7 +38,9 @@ void renderSound(Voice& voice, float* samples) {
     switch (voice.element->type()) {
         case ElementType::analog:
             voice.analog.tick(phasePerSample, in.shape1, in.shape2, filter);
-            return voice.analog.render(samples);
+            voice.analog.render(samples);
+            voice.filterInput = voice.analog.filterInput();
+            return;
         default:
             return;
     }

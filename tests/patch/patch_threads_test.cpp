@@ -71,6 +71,11 @@ TEST(Threads, StoreAndApplySideBySide) {
         level += patch.element(1).controls().level;
     }
     editor.join();
+    // What the last marks set off while the editor looked.
+    for (int i = 0; i < 4 && patch.waits(); ++i) {
+        patch.applyLoading();
+        patch.applyMarked();
+    }
     EXPECT_FALSE(patch.waits());
     EXPECT_GE(level, 0.0f);
     const ElementControls& sound = patch.element(1).controls();

@@ -73,6 +73,7 @@ class TestPart {
     void renderPiece(int frames) {
         const OutputSettings output;
         const RenderTarget target;
+        state.followLfos();
         state.clock.beginPiece(frames, state.controllers.pressure);
         mix.render(state, {output, target, sends}, {0, frames, 0});
         state.clock.endPiece(frames);

@@ -68,6 +68,13 @@ void makeBusy(Patch& patch, Random& random) {
         patch.set(e, tone::click, e % 2 ? 1.0f : 0.0f);
         patch.set(e, tone::muteCondition, entry(e == 6 ? 5 : 0, 15.9f));
     }
+    // Rows of every kind, and LFOs that run and restart.
+    for (int e = 1; e <= 6; ++e) {
+        for (int i = 0; i < 5 * 4 * (e % 4); ++i)
+            patch.set(e, elementIndex::firstModulationRow + i, random.unipolar());
+        for (const int index : {85, 86, 87, 88}) patch.set(e, index, random.unipolar());
+    }
+    for (int i = global::lfo1Wave; i <= global::lfo2Phase; ++i) patch.set(0, i, random.unipolar());
     patch.set(6, tone::mute, 0.0f);
     patch.set(0, global::maxVoices, 0.4f);
     patch.set(0, global::redamper, 0.4f);

@@ -156,6 +156,7 @@ void AnalogVoice::render(float* y) {
     }
     renderFilter(filter_.core(), filter_.kernel(), mix, factors, y);
     shape_ = mix.shape;
+    filterInput_ = direct[tickFrames - 1] + mix.shape + mix.osc3;
     if (!apart) osc3_.setOutput(mix.osc3);
 }
 

@@ -25,6 +25,8 @@ class AnalogVoice {
     void tick(float phasePerSample, float shape1, float shape2, const FilterInputs& filter);
     /// The next 32 samples, before gain and pan.
     void render(float* y);
+    /// The last sample that entered the filter.
+    float filterInput() const { return filterInput_; }
     /// The note-on click in the filter.
     void click(float k) { filter_.click(k); }
 
@@ -40,6 +42,7 @@ class AnalogVoice {
     float gains_[2] = {0, 0}, ratios_[2] = {1, 1};  // of oscillators 1 and 2
     float noiseLevel_ = 0;
     float filterMod_ = 0;
+    float filterInput_ = 0;
     ShapeOscillator oscillators_[2];
     Osc3 osc3_;
     NoiseGenerator noise_;
