@@ -40,7 +40,7 @@ Synth::Synth(HostCallback host) : HostPluginBase{host, programCount, hostParamet
     record_.uniqueId = fourCharacters("QvRR");
     record_.version = 1;
 
-    if ((contentFound_ = library_.open(contentFolder()))) updateMidiLists();
+    if ((contentFound_ = openLibrary(contentFolder()))) updateMidiLists();
     parameters_.set(0, settings_.masterVolume);
     if (host_ != nullptr) callHost(HostRequest::needIdle);
 }
@@ -54,6 +54,11 @@ Synth::~Synth() {
 
 std::string Synth::contentFolder() const {
     return Settings::asContentLocation(settings_.contentLocation);
+}
+
+bool Synth::openLibrary(const std::string& folder) {
+    return library_.open(folder, trace_.on(TraceLevel::content) ? ContentLibrary::Tracing::on
+                                                                : ContentLibrary::Tracing::off);
 }
 
 void Synth::identifyHost() {
@@ -116,7 +121,7 @@ void Synth::lazyInit(const char* caller) {
 void Synth::resume() {
     trace_.write(TraceLevel::lifecycle, "resume()");
     lazyInit("resume");
-    if (!contentFound_ && (contentFound_ = library_.open(contentFolder()))) updateMidiLists();
+    if (!contentFound_ && (contentFound_ = openLibrary(contentFolder()))) updateMidiLists();
     if (multi_.defaultPatchWanted) multi_.programRequests.bump();
     {
         const RenderGate::Hold hold{gate_};
@@ -152,7 +157,7 @@ void Synth::publishPresence() {
 bool Synth::setContentLocation(std::string_view path) {
     const std::string folder = Settings::asContentLocation(path);
     if (!contentFound_) {
-        contentFound_ = library_.open(folder);
+        contentFound_ = openLibrary(folder);
         if (!contentFound_) {
             trace_.write(TraceLevel::warning, "content not found: %s", folder.c_str());
             return false;

@@ -90,6 +90,7 @@ class Synth : public HostPluginBase {
     void loadProgram(int part, std::int32_t location, bool isDefaultPatch);
     void lazyInit(const char* caller);
     std::string contentFolder() const;
+    bool openLibrary(const std::string& folder);
     void updateMidiLists();
     void publishPresence();
     void render(float** outputs, std::int32_t frames, Output output);
@@ -105,8 +106,8 @@ class Synth : public HostPluginBase {
     MultiSetup multi_;
     CommandRing commands_;
     ContentPresence presence_;
-    Transport transport_;     // audio thread
-    ContentLibrary library_;  // UI thread
+    Transport transport_;             // audio thread
+    ContentLibrary library_{trace_};  // UI thread
     ProgramList programs_{library_};
     LibraryLoader loader_{library_, multi_, trace_};
     HostParameters parameters_{shared_, multi_, commands_};

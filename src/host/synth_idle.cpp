@@ -39,6 +39,7 @@ std::int32_t Synth::fxIdle() {
     handleRequests();
     loadWaitingPrograms();
     engine_->idle();
+    library_.idle();
     trace_.flush();
     return 1;
 }
@@ -109,7 +110,7 @@ void Synth::loadProgram(int part, std::int32_t location, bool isDefaultPatch) {
 bool Synth::busy() const {
     if (lazyInitPending_) return true;
     if (multi_.programRequests.get() != handledRequests_ || !multi_.requests.empty()) return true;
-    return engine_->busy();
+    return library_.busy() || engine_->busy();
 }
 
 }  // namespace stratovane

@@ -1,0 +1,49 @@
+#include "content/file_bytes.h"
+
+#include <filesystem>
+#include <fstream>
+#include <ios>
+#include <new>
+#include <system_error>
+
+namespace stratovane {
+
+std::optional<std::uint64_t> fileSize(const std::string& path) {
+    std::error_code failed;
+    const std::uintmax_t size = std::filesystem::file_size(path, failed);
+    if (failed) return std::nullopt;
+    return size;
+}
+
+std::optional<Bytes> readFilePart(const std::string& path, std::uint64_t offset,
+                                  std::uint64_t count) {
+    const std::optional<std::uint64_t> size = fileSize(path);
+    if (!size || offset > *size || count > *size - offset) return std::nullopt;
+    std::ifstream in{path, std::ios::binary};
+    if (!in) return std::nullopt;
+    try {
+        Bytes bytes(static_cast<std::size_t>(count));
+        in.seekg(static_cast<std::streamoff>(offset));
+        in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count));
+        if (!in) return std::nullopt;
+        return bytes;
+    } catch (const std::bad_alloc&) {  // nothing may be thrown into the host
+        return std::nullopt;
+    }
+}
+
+std::optional<Bytes> readFileFrom(const std::string& path, std::uint64_t offset) {
+    const std::optional<std::uint64_t> size = fileSize(path);
+    if (!size || offset > *size) return std::nullopt;
+    return readFilePart(path, offset, *size - offset);
+}
+
+bool writeFile(const std::string& path, ByteView bytes) {
+    std::ofstream out{path, std::ios::binary | std::ios::trunc};
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    return !out.fail();
+}
+
+}  // namespace stratovane
