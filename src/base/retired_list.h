@@ -16,7 +16,7 @@ class RetiredList {
     template <class T>
     void add(std::unique_ptr<T> thing, const RenderEpoch& epoch) {
         if (thing)
-            queue_.push_back({std::shared_ptr<void>{std::move(thing)}, epoch.stamp(), idleCalls});
+            queue_.push_back({std::shared_ptr<const void>{std::move(thing)}, epoch.stamp(), idleCalls});
     }
     /// Once an idle call.
     void tick(const RenderEpoch& epoch) {
@@ -29,7 +29,7 @@ class RetiredList {
   private:
     static constexpr int idleCalls = 4;
     struct Entry {
-        std::shared_ptr<void> thing;
+        std::shared_ptr<const void> thing;
         std::uint32_t stamp;
         int countdown;
     };

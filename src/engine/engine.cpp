@@ -5,8 +5,13 @@
 
 namespace stratovane {
 
-Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
-    : shared_{shared}, trace_{trace}, pairs_{outputPairs}, seeds_{20051004}, master_{shared} {
+Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs, ContentLibrary* library)
+    : shared_{shared},
+      trace_{trace},
+      pairs_{outputPairs},
+      library_{library},
+      seeds_{20051004},
+      master_{shared} {
     prepareImpulseTable();
     for (int part = 0; part < parts; ++part) {
         auto instance = makeInstance(part);
@@ -15,7 +20,7 @@ Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
         chains_[static_cast<std::size_t>(part)] =
             std::make_unique<PlayingChain>(std::move(instance));
     }
-    master_.setPlace(parts, nullptr, pairs_);
+    master_.setPlace({.part = parts, .outputPairs = pairs_});
     master_.setText(1, "Effect");
     master_.handOver();
     setSampleRate(static_cast<double>(shared.sampleRate.get()), blockFrames_);
@@ -24,7 +29,7 @@ Engine::Engine(EngineShared& shared, Trace& trace, int outputPairs)
 Engine::~Engine() = default;
 
 std::unique_ptr<PartEngine> Engine::makeInstance(int part) {
-    auto instance = std::make_unique<PartEngine>(shared_, pairs_, seeds_.seed(), part);
+    auto instance = std::make_unique<PartEngine>(shared_, pairs_, seeds_.seed(), part, library_);
     instance->setSampleRate(static_cast<double>(shared_.sampleRate.get()), blockFrames_);
     return instance;
 }

@@ -17,6 +17,7 @@
 
 namespace stratovane {
 
+class ContentLibrary;
 class Transport;
 
 /// What one block needs. `outputs` holds two buffers a pair; null ones are skipped.
@@ -31,7 +32,8 @@ struct RenderBlock {
 /// UI thread's unless it says "any". Nothing on the audio thread allocates or locks.
 class Engine {
   public:
-    Engine(EngineShared& shared, Trace& trace, int outputPairs);
+    /// Without a library no content is ever found.
+    Engine(EngineShared& shared, Trace& trace, int outputPairs, ContentLibrary* library = nullptr);
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -90,6 +92,7 @@ class Engine {
     EngineShared& shared_;
     Trace& trace_;
     const int pairs_;
+    ContentLibrary* const library_;
     Random seeds_;  // UI thread
     Patch master_;
     std::array<std::unique_ptr<PlayingChain>, parts> chains_;

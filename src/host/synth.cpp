@@ -99,7 +99,8 @@ void Synth::lazyInit(const char* caller) {
     if (!lazyInitPending_) return;
     lazyInitPending_ = false;
     trace_.write(TraceLevel::lifecycle, "init (called from %s)", caller);
-    engine_ = std::make_unique<Engine>(shared_, trace_, settings_.outputs.pairs());
+    engine_ = std::make_unique<Engine>(shared_, trace_, settings_.outputs.pairs(), &library_);
+    library_.setRenderPassed([this](std::uint32_t stamp) { return shared_.epoch.passed(stamp); });
     engine_->setLift(settings_.lift);
     parameters_.refreshMasterGain();
     parameters_.attach(*engine_);

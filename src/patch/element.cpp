@@ -1,10 +1,12 @@
 #include "patch/element.h"
 
+#include "content/content_library.h"
 #include "effects/catalogue.h"
 #include "effects/effect_unit.h"
 #include "patch/element_rows.h"
 #include "patch/macro_readers.h"
 #include "patch/patch.h"
+#include "patch/piano_layers.h"
 
 namespace stratovane {
 
@@ -58,6 +60,62 @@ void Element::changeType(ElementType to) {
     patch_->layoutChanged_.set(1);
 }
 
+// Content. The UI thread selects; the audio thread plays what is published.
+
+Element::Selection Element::wantedContent() const {
+    const auto number = [this](int index) { return choice(stored(index), 128.9f); };
+    const bool eco = effectiveEco(patch_->get(0, global::eco), isOn(stored(elementIndex::receive)),
+                                  stored(elementIndex::eco));
+    switch (static_cast<ElementType>(choice(stored(elementIndex::type), 15.9f))) {
+        case ElementType::sample: {
+            const int variant =
+                pianoVariant(patch_->get(0, global::pianoMode), patch_->get(0, global::pianoModel),
+                             patch_->get(0, global::pianoResonance));
+            const int mode = choice(stored(elementIndex::velocityMapMode), 15.9f);
+            return {ContentKind::samples,
+                    PackedItem::of(number(elementIndex::bank),
+                                   pianoLayer(mode, number(elementIndex::item), variant), eco)};
+        }
+        case ElementType::wavetable:
+            return {ContentKind::wavetables,
+                    PackedItem::of(number(elementIndex::bank), number(elementIndex::item), eco)};
+        case ElementType::drawbar:
+            return {ContentKind::drawbars,
+                    PackedItem::of(number(elementIndex::bank), number(elementIndex::item), eco)};
+        case ElementType::analog:
+            return {ContentKind::wavetables,
+                    PackedItem::of(0, number(elementIndex::analogTable), eco)};
+        default:
+            return {};
+    }
+}
+
+void Element::refreshContent() {
+    ContentLibrary* library = patch_->place_.library;
+    if (library == nullptr) return;
+    const Selection wanted = wantedContent();
+    if (wanted == selected_) return;
+    const ItemSlot* slot =
+        library->request(wanted.kind, wanted.item, PackedItem{}, patch_->waitingReleases_);
+    std::unique_ptr<const ElementContent> fresh;
+    if (slot != nullptr)
+        fresh = std::make_unique<const ElementContent>(
+            ElementContent{ContentId::of(wanted.kind, wanted.item), slot});
+    content_.exchange(fresh.get());
+    releaseContent();
+    ownedContent_ = std::move(fresh);
+    selected_ = wanted;
+    patch_->layoutChanged_.set(1);
+}
+
+/// What was selected waits until no voice plays it any more.
+void Element::releaseContent() {
+    if (!ownedContent_) return;
+    const RenderEpoch& epoch = patch_->shared_.epoch;
+    patch_->waitingReleases_.add({ownedContent_->id, epoch.stamp()});
+    patch_->shared_.retired.add(std::move(ownedContent_), epoch);
+}
+
 // Effect units. The UI thread builds and replaces them; the audio thread plays what is published.
 
 int Element::wantedUnit() const {
@@ -79,12 +137,12 @@ void Element::renewUnit() {
     if (fresh) {
         // No draw may depend on what else was made: the seed tells part, element and how many
         // before.
-        fresh->setSeed((static_cast<std::uint32_t>(patch_->part_) * 128 +
+        fresh->setSeed((static_cast<std::uint32_t>(patch_->place_.part) * 128 +
                         static_cast<std::uint32_t>(number_)) *
                            65536 +
                        unitsMade_++);
         fresh->setTempo(patch_->shared_.tempo, patch_->beatsPerFrame());
-        fresh->setKeySource(patch_->keys_);
+        fresh->setKeySource(patch_->place_.keys);
         fresh->setSampleRate(static_cast<float>(patch_->rate_));
         for (std::size_t i = 0; i < given.size(); ++i) {
             given[i] = stored(parameterIndex(i));

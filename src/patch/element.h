@@ -8,6 +8,7 @@
 
 #include "base/published.h"
 #include "base/shared.h"
+#include "patch/element_content.h"
 #include "patch/element_controls.h"
 #include "patch/knob_slots.h"
 
@@ -38,6 +39,9 @@ class Element {
     /// The effect of an "Effect" element; null without one. Audio thread.
     EffectUnit* unit() const { return unit_.read(); }
 
+    /// The content it selects; null without any. Audio thread.
+    const ElementContent* content() const { return content_.read(); }
+
     // Playing state that outlives voices; audio thread.
     std::uint32_t noteCounter = 0;  // notes that reached the element
     float lastPitch = 0;            // where the next glide starts
@@ -63,6 +67,15 @@ class Element {
     int wantedUnit() const;
     void refreshUnit();
     void renewUnit();
+    /// The content that the stored values ask for; no item when there is none. UI thread as above.
+    struct Selection {
+        ContentKind kind = ContentKind::samples;
+        PackedItem item;
+        bool operator==(const Selection&) const = default;
+    };
+    Selection wantedContent() const;
+    void refreshContent();
+    void releaseContent();
 
     Patch* patch_ = nullptr;
     int number_ = 0;  // 1..68
@@ -76,6 +89,9 @@ class Element {
     std::unique_ptr<EffectUnit> ownedUnit_;  // UI thread, as the two below
     int unitType_ = noEffect;
     std::uint32_t unitsMade_ = 0;
+    Published<const ElementContent> content_;
+    std::unique_ptr<const ElementContent> ownedContent_;
+    Selection selected_;
 };
 
 }  // namespace stratovane

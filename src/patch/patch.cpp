@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/units.h"
+#include "content/content_library.h"
 #include "effects/effect_unit.h"
 #include "patch/controller_map.h"
 #include "patch/element.h"
@@ -37,7 +38,12 @@ Patch::Patch(const EngineShared& shared)
     layoutChanged_.take();
 }
 
-Patch::~Patch() = default;
+Patch::~Patch() {
+    if (place_.library == nullptr) return;
+    for (int number = 1; number <= elementTotal; ++number) element(number).releaseContent();
+    for (; !waitingReleases_.empty(); waitingReleases_.removeOldest())
+        place_.library->release(waitingReleases_.oldest().id);
+}
 
 // Setting.
 
@@ -103,16 +109,10 @@ bool Patch::loads(int number, int index) const {
 
 /// Applies a stored value or leaves it to the thread that must. Only the owner may say
 /// `When::owner`.
-namespace {
-bool choosesEffect(int number, int index) {
-    return number > 0 && (index == elementIndex::type || index == elementIndex::item);
-}
-}  // namespace
-
 void Patch::settle(int number, int index, When when) {
     if (!live_) {
         apply(number, index);
-        if (choosesEffect(number, index)) element(number).refreshUnit();
+        if (loads(number, index)) load(number, index);
         return;
     }
     if (loads(number, index)) return loading_.set(number, index);
@@ -156,11 +156,38 @@ void Patch::applyMarked() {
 }
 
 void Patch::applyLoading() {
-    // Content is not asked for yet: what a row chooses only has to reach the controls.
     loading_.take([this](int number, int index) {
-        if (choosesEffect(number, index)) element(number).refreshUnit();
+        load(number, index);
         markForOwner(loaded_, number, index);
     });
+}
+
+void Patch::load(int number, int index) {
+    if (number > 0) {
+        element(number).refreshUnit();
+        element(number).refreshContent();
+    } else if (index >= global::tuningBank1 && index < global::tuningBank1 + 2) {
+        refreshTuningTable(0);
+    } else if (index >= global::tuningBank2 && index < global::tuningBank2 + 2) {
+        refreshTuningTable(1);
+    } else {
+        // ECO switch and piano variant choose for the elements.
+        for (int n = 1; n <= elementCount_; ++n) element(n).refreshContent();
+    }
+}
+
+/// Bank or item 128 stands for no table; an item that is not there leaves the table before.
+void Patch::refreshTuningTable(int slot) {
+    const auto at = static_cast<std::size_t>(slot);
+    const int bankIndex = slot == 0 ? global::tuningBank1 : global::tuningBank2;
+    const PackedItem wanted = PackedItem::of(choice(get(0, bankIndex), 128.9f),
+                                             choice(get(0, bankIndex + 1), 128.9f), false);
+    if (wanted == selectedTunings_[at] || place_.library == nullptr) return;
+    selectedTunings_[at] = wanted;
+    if (!wanted.isItem()) return tunings_[at].publish(nullptr);
+    const ItemSlot* table =
+        place_.library->acquire(ContentKind::tunings, wanted.bank(), wanted.item(), false);
+    if (table != nullptr) tunings_[at].publish(table);
 }
 
 bool Patch::waits() const { return due_.get() != 0 || loading_.any(); }
@@ -180,12 +207,6 @@ void Patch::setSampleRate(double rate) {
 
 double Patch::beatsPerFrame() const {
     return static_cast<double>(shared_.tempo.get()) / (60.0 * rate_);
-}
-
-void Patch::setPlace(int part, KeySource* keys, int outputPairs) {
-    part_ = part;
-    keys_ = keys;
-    outputPairs_ = outputPairs;
 }
 
 void Patch::setTempo(float beatsPerMinute, double beatsPerSample) {

@@ -10,15 +10,17 @@
 #include "base/engine_shared.h"
 #include "base/shared.h"
 #include "base/text_out.h"
+#include "content/content_data.h"
+#include "content/waiting_releases.h"
 #include "patch/arpeggiator_settings.h"
 #include "patch/parameter_marks.h"
 #include "patch/patch_controls.h"
+#include "patch/patch_place.h"
 
 namespace stratovane {
 
 class Element;
 class PatchTexts;
-struct KeySource;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -74,11 +76,15 @@ class Patch {
     /// Recomputes everything that depends on the rate in hertz. Nothing may render meanwhile.
     void setSampleRate(double rate);
     double sampleRate() const { return rate_; }
-    /// Where the effects live: the part's number seeds their random draws, its keys are followed
-    /// (null: none), its output pairs are what there is to choose from. Builder, before anything is
-    /// set.
-    void setPlace(int part, KeySource* keys, int outputPairs);
-    int outputPairs() const { return outputPairs_; }
+    /// Builder, before anything is set.
+    void setPlace(const PatchPlace& place) { place_ = place; }
+    int outputPairs() const { return place_.outputPairs; }
+    /// Where a tuning table (0 or 1) is; null for equal temperament. Audio thread.
+    const ItemSlot* tuning(int slot) const {
+        return tunings_[static_cast<std::size_t>(slot)].read();
+    }
+    /// Content no longer selected, to be released when no voice plays it. UI thread.
+    WaitingReleases& waitingReleases() { return waitingReleases_; }
     /// Hands the tempo to the effects and recompiles the modulation rows that follow it. Owner.
     void setTempo(float beatsPerMinute, double beatsPerSample);
     /// Replaces every effect by a fresh one with the same settings. UI thread.
@@ -162,12 +168,16 @@ class Patch {
 
     const EngineShared& shared_;
     double beatsPerFrame() const;
+    /// What rows that load need done. UI thread (builder before hand-over).
+    void load(int element, int index);
+    void refreshTuningTable(int slot);
 
     double rate_;        // Hz
     float tempo_ = 120;  // quarter notes a minute
-    KeySource* keys_ = nullptr;
-    int part_ = 0;
-    int outputPairs_ = 16;
+    PatchPlace place_;
+    std::array<Published<const ItemSlot>, 2> tunings_;
+    std::array<PackedItem, 2> selectedTunings_;  // UI thread
+    WaitingReleases waitingReleases_;
     std::array<std::uint8_t, maxElements> effectList_{};
     int effectCount_ = 0;
     bool effectsChanged_ = true;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "content/content_library.h"
 #include "effects/effect_unit.h"
 #include "voice/part_events.h"
 #include "voice/part_mix.h"
@@ -12,9 +13,10 @@
 namespace stratovane {
 
 struct PartEngine::Impl {
-    Impl(const EngineShared& engineShared, int part, int pairs, std::uint32_t seed)
-        : shared{engineShared}, outputPairs{pairs}, state{engineShared, seed} {
-        state.patch.setPlace(part, &keys, pairs);
+    Impl(const EngineShared& engineShared, int part, int pairs, std::uint32_t seed,
+         ContentLibrary* content)
+        : shared{engineShared}, outputPairs{pairs}, library{content}, state{engineShared, seed} {
+        state.patch.setPlace({part, &keys, pairs, content});
         setRate(engineShared.sampleRate, engineShared.blockFrames);
     }
 
@@ -27,6 +29,7 @@ struct PartEngine::Impl {
 
     void renderPiece(const RenderTarget& target, const BlockPlace& place);
     void publishCount();
+    void releaseOldest();
     /// Output pair, limited to those that the instance was made for.
     OutputSettings outputSettings() const {
         const PatchControls& patch = state.patch.controls();
@@ -35,6 +38,7 @@ struct PartEngine::Impl {
 
     const EngineShared& shared;
     const int outputPairs;
+    ContentLibrary* const library;
     KeySource keys;  // before the patch, whose effects follow it
     PartState state;
     PartMix mix;
@@ -46,8 +50,9 @@ struct PartEngine::Impl {
     SharedBits highestCount;
 };
 
-PartEngine::PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part)
-    : impl_{std::make_unique<Impl>(shared, part, outputPairs, seed)} {}
+PartEngine::PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part,
+                       ContentLibrary* library)
+    : impl_{std::make_unique<Impl>(shared, part, outputPairs, seed, library)} {}
 
 PartEngine::~PartEngine() = default;
 
@@ -112,6 +117,7 @@ void PartEngine::Impl::renderPiece(const RenderTarget& target, const BlockPlace&
 
 void PartEngine::freeAllVoices() {
     impl_->state.slots.freeAll();
+    for (Voice& voice : *impl_->state.voices) voice.content = 0;
     impl_->silent = true;
     impl_->publishCount();
 }
@@ -131,8 +137,23 @@ int PartEngine::voiceCount() const { return impl_->voiceCount; }
 int PartEngine::takeHighestVoiceCount() { return static_cast<int>(impl_->highestCount.take()); }
 float PartEngine::takePeak() { return impl_->output.takePeak(); }
 
-// Content that no voice plays any more is released here.
-void PartEngine::idle() { impl_->state.patch.applyLoading(); }
+void PartEngine::idle() {
+    impl_->state.patch.applyLoading();
+    impl_->releaseOldest();
+}
+
+/// At most one piece of content a call: the oldest that no voice plays, once the render that may
+/// just have started such a voice is over.
+void PartEngine::Impl::releaseOldest() {
+    WaitingReleases& waiting = state.patch.waitingReleases();
+    if (waiting.empty() || library == nullptr) return;
+    const WaitingRelease oldest = waiting.oldest();
+    if (!shared.epoch.passed(oldest.stamp)) return;
+    for (const Voice& voice : *state.voices)
+        if (voice.content == oldest.id.word) return;
+    waiting.removeOldest();
+    library->release(oldest.id);
+}
 bool PartEngine::idleWaits() const { return impl_->state.patch.loadingWaits(); }
 
 }  // namespace stratovane

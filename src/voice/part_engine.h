@@ -12,13 +12,16 @@
 
 namespace stratovane {
 
+class ContentLibrary;
+
 /// Threads: constructed, filled and destroyed on the UI thread; after hand-over handleEvent, render
 /// and setTime belong to the audio thread, idle to the UI thread.
 class PartEngine {
   public:
     /// `seed` starts the instance's random generator; the same input then renders the same samples.
-    /// `part` (0..15) seeds its effects.
-    PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part = 0);
+    /// `part` (0..15) seeds its effects; without a library no content is ever found.
+    PartEngine(const EngineShared& shared, int outputPairs, std::uint32_t seed, int part = 0,
+               ContentLibrary* library = nullptr);
     ~PartEngine();
     PartEngine(const PartEngine&) = delete;
     PartEngine& operator=(const PartEngine&) = delete;

@@ -87,7 +87,10 @@ bool mixWindow(PartState& part, int afterElement, int beforeElement, Window& win
         sounded |= (voice.before && voice.turn > 0) || voice.after;
     }
     for (int slot = end - 1; slot >= first; --slot)
-        if (voices[static_cast<std::size_t>(slot)].ended) part.slots.free(slot);
+        if (voices[static_cast<std::size_t>(slot)].ended) {
+            part.voiceAt(slot).content = 0;
+            part.slots.free(slot);
+        }
     return sounded;
 }
 

@@ -208,6 +208,9 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
     startSlots(part, voice);
     resetInputs(part, voice);
     voice.lastPitch = voice.inputs.pitch;
+    // Taken once: the UI thread may select something else meanwhile.
+    voice.chosen = owner.content();
+    voice.content = voice.chosen == nullptr ? 0 : voice.chosen->id.word;
     voice.offsets.level = unisonLevel(unisonIndex, element.unisonExtra) * startSound(part, voice) *
                           panLevel(element.pan + voice.offsets.pan);
     startEnvelopes(part, voice);

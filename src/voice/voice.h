@@ -53,15 +53,18 @@ struct Voice {
 
     // The note
     Element* element = nullptr;
-    std::uint32_t elementChanges = 0;  // the element's counter as last seen
-    std::int32_t startStamp = 0;       // event counter at note-on or release
-    int unisonIndex = 0;               // 0 without unison, else 1..n
-    float velocity = 0;                // normalised, -1..1; 0 when the element ignores it
-    float notePitch = 0;               // relative to middle C
-    float basePitch = 0;               // of middle C in units of the sound's phase per sample
-    float startGain = 0;               // of key and velocity zones
-    float randomValue = 0;             // -1..1, drawn once a note
-    float tuning2 = 0;                 // semitones of the second tuning table, before its depth
+    // What the UI thread asks before it releases content: the ContentId that is played, 0 none.
+    Shared<std::uint32_t> content{0};
+    const ElementContent* chosen = nullptr;  // what it plays; valid while the note starts
+    std::uint32_t elementChanges = 0;        // the element's counter as last seen
+    std::int32_t startStamp = 0;             // event counter at note-on or release
+    int unisonIndex = 0;                     // 0 without unison, else 1..n
+    float velocity = 0;                      // normalised, -1..1; 0 when the element ignores it
+    float notePitch = 0;                     // relative to middle C
+    float basePitch = 0;                     // of middle C in units of the sound's phase per sample
+    float startGain = 0;                     // of key and velocity zones
+    float randomValue = 0;                   // -1..1, drawn once a note
+    float tuning2 = 0;  // semitones of the second tuning table, before its depth
     float sustain = 0, pressure = 0, softPedal = 0;  // captured; sustain follows the pedal
     Random random;
 

@@ -173,7 +173,7 @@ TEST(EffectsInParts, SendToSharedOrOwnBuses) {
 TEST(SendEffects, FeedTheFirstBusFromTheOthers) {
     EngineShared shared;
     Patch master{shared};
-    master.setPlace(16, nullptr, 3);
+    master.setPlace({.part = 16, .outputPairs = 3});
     SendBuses buses;
     for (SendBus& bus : buses) bus.prepare(64);
     const int third = firstSendSlot + 2;
