@@ -68,7 +68,7 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
         trace_.write(TraceLevel::patch, "ch.%d restore bankProg %X", part, location);
     }
     constexpr int noSceneRoot = 128, lastUserBank = 99;
-    if (choice(fresh.get(0, global::sceneRoot), 128.9f) == noSceneRoot && source.libraryBank >= 0 &&
+    if (choice(fresh.get(0, global::sceneRootNote), 128.9f) == noSceneRoot && source.libraryBank >= 0 &&
         source.libraryBank <= lastUserBank) {
         fresh.recall(0, global::sceneRootNote, static_cast<float>(settings_.sceneRoot) / 128.0f);
         fresh.recall(0, global::sceneMidiSelect, settings_.sceneMidi ? 1.0f : 0.0f);
