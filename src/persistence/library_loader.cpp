@@ -37,7 +37,9 @@ std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location
     const std::int32_t before = setup.location;
     setup.location = location;
     if (!loader_.load(engine, part, ByteView{*entry},
-                      {.libraryBank = bankOf(location), .name = name})) {
+                      {.libraryBank = bankOf(location),
+                       .forMessage = by == AskedBy::message,
+                       .name = name})) {
         setup.location = before;
         return 0;
     }

@@ -68,14 +68,16 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
         trace_.write(TraceLevel::patch, "ch.%d restore bankProg %X", part, location);
     }
     constexpr int noSceneRoot = 128, lastUserBank = 99;
-    if (choice(fresh.get(0, global::sceneRootNote), 128.9f) == noSceneRoot && source.libraryBank >= 0 &&
-        source.libraryBank <= lastUserBank) {
+    if (choice(fresh.get(0, global::sceneRootNote), 128.9f) == noSceneRoot &&
+        source.libraryBank >= 0 && source.libraryBank <= lastUserBank) {
         fresh.recall(0, global::sceneRootNote, static_cast<float>(settings_.sceneRoot) / 128.0f);
         fresh.recall(0, global::sceneMidiSelect, settings_.sceneMidi ? 1.0f : 0.0f);
     }
     fresh.recall(0, global::eco, settings_.memoryUse);
     settleMixer(part, fresh, source.mode);
-    engine.adopt(part, std::move(instance));
+    if (source.forMessage) setup.sets.applyTo(fresh);
+    engine.adopt(part, std::move(instance),
+                 source.forMessage ? Engine::AskedBy::message : Engine::AskedBy::editor);
     showToHost(part);
 
     // A record may have brought effects of its own into free slots of the master channel.

@@ -28,6 +28,7 @@ class PatchLoader {
     struct Source {
         Mode mode = Mode::load;
         int libraryBank = noBank;
+        bool forMessage = false;  // a MIDI message asked for it
         std::string_view name{};  // replaces the record's name unless empty
     };
 

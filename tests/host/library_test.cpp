@@ -113,6 +113,24 @@ TEST_F(LibraryHost, KeepsMuteAndOutputAndWhatIsLocked) {
     EXPECT_FLOAT_EQ(host.get(2), 0.25f);
 }
 
+TEST_F(LibraryHost, ControllersBehindAProgramChangeReachItsPatch) {
+    TestHost host{setting()};
+    host.start();
+    host.settle();
+    constexpr int volume = 7, pan = 10, bendUp = 27;
+    // One block: what comes before the program change gives way to the patch, the rest reaches it.
+    host.midi({message(0xB0, volume, 10), message(0xB0, 32, 5), message(0xC0, 7, 0),
+               message(0xB0, pan, 127), message(0xB0, 101, 0), message(0xB0, 100, 0),
+               message(0xB0, 6, 2)});
+    host.render(64);
+    host.settle();
+    host.render(64);
+    host.settle();
+    EXPECT_FLOAT_EQ(host.get(2), 0.75f);
+    EXPECT_NEAR(host.get(3), 1.0f, 1e-4f);
+    EXPECT_FLOAT_EQ(host.get(bendUp), 0.128125f);
+}
+
 TEST_F(LibraryHost, RefusesDamagedRecords) {
     const auto bad = std::filesystem::path{folder_ / ""} / "Patches/005 Mine/001 Bad.fxp";
     std::filesystem::copy(std::filesystem::path{folder_ / ""} / "Patches/005 Mine/000 First.fxp",
