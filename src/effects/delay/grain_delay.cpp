@@ -75,9 +75,9 @@ class GrainDelay final : public EffectUnit {
     // State.
     Grain now_, before_;
     // Clock and phase add up minute steps; in float, grains would start frames early or late.
-    double clock_ = -1;  // 1 at the start of a grain, 0 at its end
-    double phase_ = 0;   // of the LFO, 0..1
-    float envelope_ = 0;
+    double clock_ = -1;    // 1 at the start of a grain, 0 at its end
+    double phase_ = 0;     // of the LFO, 0..1
+    double envelope_ = 0;  // of the input; slow ones gather steps too small for a float
     bool alternate_ = false;
     float offsetLeft_ = 0, offsetRight_ = 0;  // what the blocker takes away
     // Lines.
@@ -88,8 +88,8 @@ class GrainDelay final : public EffectUnit {
         line_.clear();
         now_ = before_ = {};
         clock_ = -1;
-        phase_ = 0;
-        envelope_ = offsetLeft_ = offsetRight_ = 0;
+        phase_ = envelope_ = 0;
+        offsetLeft_ = offsetRight_ = 0;
         alternate_ = false;
         setTail(type().tail.samples + line_.size());
     }
@@ -125,8 +125,7 @@ class GrainDelay final : public EffectUnit {
         const float v = parameter(Time);
         double seconds = freeSeconds(v);
         if (isOn(parameter(Sync)))
-            for (seconds = static_cast<double>(secondsPerBeat()) / tempoDivision(1.0f - v).perBeat;
-                 seconds >= 1;)
+            for (seconds = secondsPerBeat() / tempoDivision(1.0f - v).perBeat; seconds >= 1;)
                 seconds *= 0.5;
         delaySeconds_ = seconds;
     }
@@ -146,8 +145,8 @@ class GrainDelay final : public EffectUnit {
         alternate_ = !alternate_;
         const float pitchMod = modulator(PitchMod1), delayMod = modulator(DelayMod);
         const float panMod = modulator(PanMod);
-        const double sweep = parameter(PitchMod2) > 0.5f ? std::sin(2 * std::numbers::pi * phase_)
-                                                         : 2 * static_cast<double>(envelope_);
+        const double sweep =
+            parameter(PitchMod2) > 0.5f ? std::sin(2 * std::numbers::pi * phase_) : 2 * envelope_;
         const double pitch =
             parameter(Pitch) + 2 * (pitchMod - 0.5) * squareFromMiddle(parameter(PitchMod1));
         const double speed = 2 - 4 * pitch - 4 * squareFromMiddle(parameter(PitchMod2)) * sweep;
@@ -169,12 +168,11 @@ class GrainDelay final : public EffectUnit {
         const float follow = follow_;
         const int size = line_.size();
         Grain now = now_, before = before_;
-        double clock = clock_, phase = phase_;
-        float envelope = envelope_;
+        double clock = clock_, phase = phase_, envelope = envelope_;
         float offsetLeft = offsetLeft_, offsetRight = offsetRight_;
         for (StereoFrame& f : io) {
             const float in = f.left + f.right;
-            lowpass(envelope, std::fabs(in), follow);
+            envelope += (std::fabs(in) - envelope) * follow;
             phase += cyclesPerSample;
             if (phase >= 1) phase -= 1;
             if (clock <= 0) {

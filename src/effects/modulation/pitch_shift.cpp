@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/tempo_divisions.h"
 #include "effects/all_types.h"
-#include "effects/blocks/tempo_time.h"
 #include "effects/effect_displays.h"
 #include "effects/effect_unit.h"
 #include "effects/modulation/pitch_shifter.h"
@@ -58,10 +58,11 @@ class PitchShift final : public EffectUnit {
     /// Half a grain is what the taps delay on average already.
     double delaySamples() const {
         const float v = parameter(Delay);
-        const float shorterThanSecond = std::nextafter(rate(), 0.0f);
-        const double samples = isOn(parameter(Sync))
-                                   ? syncedSamples(v, samplesPerBeat(), shorterThanSecond)
-                                   : delaySeconds(v) * rate();
+        double samples = delaySeconds(v) * rate();
+        if (isOn(parameter(Sync))) {
+            samples = 1 / (beatsPerSample() * tempoDivision(1.0f - v).perBeat);
+            while (samples >= rate()) samples *= 0.5;
+        }
         return std::max(samples - 0.5 * shifter_.span(), 0.0);
     }
     void render(std::span<StereoFrame> io, double) override { shifter_.render(io); }

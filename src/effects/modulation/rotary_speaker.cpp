@@ -66,6 +66,7 @@ class RotarySpeaker final : public EffectUnit {
     float leftDrum_ = 0, rightDrum_ = 0;  // gains
     int doppler_ = 0;                     // whole samples behind the write index
     float dopplerFraction_ = 0;
+    float guard_ = 0;  // follows the line's last entry: its first, as it was when the line wrapped
     Split split_, coloured_;
     AllPassChain<5> leftChain_, rightChain_;
 
@@ -80,7 +81,7 @@ class RotarySpeaker final : public EffectUnit {
         right_.reset(0);
         leftDrum_ = rightDrum_ = 0;
         doppler_ = 0;
-        dopplerFraction_ = 0;
+        dopplerFraction_ = guard_ = 0;
         split_ = coloured_ = {};
         leftChain_ = rightChain_ = {};
     }
@@ -155,6 +156,13 @@ class RotarySpeaker final : public EffectUnit {
         leftDrum_ = drumGain(drum_.angle);
         rightDrum_ = drumGain(opposite);
     }
+    float readDoppler(int samples, float fraction) const {
+        const int size = line_.size(), sum = line_.writeIndex() + samples;
+        const int index = sum < size ? sum : sum - size;
+        const float here = line_.entry(index);
+        const float next = index + 1 < size ? line_.entry(index + 1) : guard_;
+        return here + (next - here) * fraction;
+    }
     void render(std::span<StereoFrame> io, double) override {
         showAngle();
         if (jump_.due()) jump();
@@ -176,8 +184,7 @@ class RotarySpeaker final : public EffectUnit {
             const float x = f.left + f.right;
             const float high = split.step(x, crossover);
             line_.write(x);
-            const float here = line_.tap(doppler), next = line_.tap(doppler + 1);
-            const float read = here + (next - here) * fraction;
+            const float read = readDoppler(doppler, fraction);
             const float d = std::clamp(10.0f * dirt * split.band, -dirt, dirt);
             coloured.step(read - dirt * d, tone);
             const float y = high + coloured.band;
@@ -187,6 +194,7 @@ class RotarySpeaker final : public EffectUnit {
             f.right = dry * f.right + wet * (rightDrum * split.low - rightHorn);
             left.advance();
             right.advance();
+            if (line_.writeIndex() == 0) guard_ = line_.entry(0);
             line_.step();
         }
         tick_ = tick;
