@@ -25,6 +25,17 @@ void HostParameters::refreshMasterGain() {
     shared_.masterGain = shared_.liftCompensation * (volume * volume);
 }
 
+void HostParameters::rememberInsert(const HostAddress& insert) {
+    const Patch& patch = engine_.read()->patch(insert.part);
+    remember(encodeHostIndex(insert),
+             patch.get(firstSendSlot + insert.slot, hostRow(insert).target));
+}
+
+bool HostParameters::partIsEmpty(int part) const {
+    const Patch& patch = engine_.read()->patch(part);
+    return patch.name().empty() && patch.elementCount() == 0;
+}
+
 void HostParameters::set(int index, float value) {
     if (index < 0 || index >= hostParameters) return;
     value = toUnitRange(value);

@@ -35,6 +35,13 @@ class HostParameters {
     void showName(TextOut& out, int index) const;
     void showValue(TextOut& out, int index) const;
 
+    /// Notes what a patch brought with it, and only that.
+    void remember(int index, float value) { values_[static_cast<std::size_t>(index)] = value; }
+    /// Likewise from the part's insert effect.
+    void rememberInsert(const HostAddress& insert);
+    /// Whether a part's patch has neither name nor elements.
+    bool partIsEmpty(int part) const;
+
     /// Sets the master gain from the master volume and the output enhancer's compensation.
     void refreshMasterGain();
     /// The value last set, whatever the patch says.

@@ -77,8 +77,9 @@ static_assert([] {
 /// Rows that other code names.
 namespace strip {
 inline constexpr int link = 0, mute = 1, level = 2, pan = 3, output = 4, firstSend = 5,
-                     firstKnob = 9, coarseTune = 21, fineTune = 22, lock = 25, bendUp = 27,
-                     bendDown = 28, monoMode = 29, glideMode = 30, glideTime = 31, tuningBank = 32,
+                     firstKnob = 9, keyLow = 15, velocityLow = 18, polyphony = 23, sendMode = 24,
+                     coarseTune = 21, fineTune = 22, lock = 25, bendUp = 27, bendDown = 28,
+                     monoMode = 29, glideMode = 30, glideTime = 31, tuningBank = 32,
                      tuningScale = 33, arpeggiatorOn = 39, arpeggiatorRate = 45, named = 48;
 }  // namespace strip
 

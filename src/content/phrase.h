@@ -21,7 +21,7 @@ struct Phrase {
 
     float lengthBeats = defaultBeats;
     bool passThrough = false;  // keys are played as well
-    std::vector<PhraseEvent> events;
+    std::vector<PhraseEvent> events{};
 
     bool operator==(const Phrase&) const = default;
 };

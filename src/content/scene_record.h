@@ -14,12 +14,12 @@ namespace stratovane {
 struct SceneRecord {
     static constexpr std::uint32_t recallsKnobs = 1, recallsArpeggiator = 2;  // of `flags`
 
-    std::string name;  // at most 31 characters
+    std::string name{};  // at most 31 characters
     std::uint32_t flags = 0;
     std::array<float, 6> knobs{};         // normalised
     std::array<float, 20> arpeggiator{};  // global values 17..36
     std::array<float, 80> steps{};        // global values 172..251
-    Phrase phrase;
+    Phrase phrase{};
     // The size the record had or is to have at least; 0: that of a fresh record.
     std::uint32_t storedBytes = 0;
 

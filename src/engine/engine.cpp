@@ -34,11 +34,11 @@ std::unique_ptr<PartEngine> Engine::makeInstance(int part) {
     return instance;
 }
 
-void Engine::adopt(int part, std::unique_ptr<PartEngine> instance) {
+void Engine::adopt(int part, std::unique_ptr<PartEngine> instance, AskedBy by) {
     constexpr int latch = 18;  // a latched arpeggio of the outgoing patch must end
     patch(part).store(0, latch, 0.0f);
     instance->patch().handOver();
-    chain(part).append(std::move(instance));
+    chain(part).append(std::move(instance), by == AskedBy::message);
     patch(part).refreshTuning();  // which may have moved while the instance was filled
 }
 

@@ -10,6 +10,7 @@
 #include "base/random.h"
 #include "base/trace.h"
 #include "base/units.h"
+#include "engine/controller_memory.h"
 #include "engine/lift.h"
 #include "engine/part_events.h"
 #include "engine/playing_chain.h"
@@ -38,6 +39,10 @@ class Engine {
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
+    /// Who wants a patch in a part: one that a MIDI message asked for takes over what the channel's
+    /// controllers were set to behind that message.
+    enum class AskedBy { editor, message };
+
     int outputPairs() const { return pairs_; }
     /// The patch that settings of a part go to: the one handed over last. Any thread.
     Patch& patch(int part) const { return chain(part).current().patch(); }
@@ -50,7 +55,7 @@ class Engine {
     /// A fresh instance for a part, at the current rate, to be filled and adopted.
     std::unique_ptr<PartEngine> makeInstance(int part);
     /// Makes a filled instance the part's current one; the one before it retires at the next block.
-    void adopt(int part, std::unique_ptr<PartEngine> instance);
+    void adopt(int part, std::unique_ptr<PartEngine> instance, AskedBy by = AskedBy::editor);
 
     /// Rate and largest block of everything; filter states and overload report are cleared. Nothing
     /// may render meanwhile.
@@ -63,7 +68,7 @@ class Engine {
     /// One block; the transport has been followed up to its first frame and is moved to its end.
     void render(const RenderBlock& block, Transport& transport);
     /// Gives an event to a part between two blocks.
-    void handleAtOnce(int part, const EventRecord& event) { handleEvent(chain(part), event); }
+    void handleAtOnce(int part, const EventRecord& event) { handleEvent(part, event); }
     /// Releases every voice of a part, retiring instances included.
     void allSoundOff(int part);
 
@@ -78,8 +83,9 @@ class Engine {
     static constexpr std::int32_t retireAllBlocks = 4;
     static constexpr std::uint32_t keepDeadBlocks = 3;
 
+    ControllerMemory& memory(int part) { return memories_[static_cast<std::size_t>(part)]; }
     PlayingChain& chain(int part) const { return *chains_[static_cast<std::size_t>(part)]; }
-    void handleEvent(PlayingChain& chain, const EventRecord& event);
+    void handleEvent(int part, const EventRecord& event);
     /// Both answer false when the piece was silenced for an overload.
     bool renderPiece(const RenderBlock& block, std::int32_t from, std::int32_t frames,
                      const MusicalTime& time, bool last);
@@ -106,6 +112,7 @@ class Engine {
     std::vector<std::uint8_t> touched_;
     SendBuses sends_;  // shared by all parts
     std::array<std::size_t, parts> nextEvent_{};
+    std::array<ControllerMemory, parts> memories_;
     std::int32_t blockFrames_ = 256;
     std::int32_t retiringRenders_ = 0;
     bool freeVoices_ = false;  // after an overload, at the next block

@@ -20,9 +20,12 @@ constexpr MidiBytes bytesOf(const EventRecord& event) {
 
 RenderTarget Engine::target() { return {buffers_.data(), touched_.data(), pairs_, sends_.data()}; }
 
-void Engine::handleEvent(PlayingChain& chain, const EventRecord& event) {
+void Engine::handleEvent(int part, const EventRecord& event) {
+    constexpr std::uint8_t programChange = 0xC0;
     const MidiBytes bytes = bytesOf(event);
-    ChainNode* head = chain.head();
+    if (bytes[0] == programChange) return memory(part).forget();
+    memory(part).note(bytes);
+    ChainNode* head = chain(part).head();
     head->instance->handleEvent(bytes, EventSource::host);
     if (bytes[0] == 0x90) return;  // a new note is the current patch's alone
     for (ChainNode* node = head->older; node != nullptr; node = node->older)
@@ -35,11 +38,13 @@ void Engine::render(const RenderBlock& block, Transport& transport) {
         shared_.tempo = transport.time().tempo;
         master_.setTempo(transport.time().tempo, transport.time().beatsPerFrame);
     }
-    for (auto& chain : chains_) {
-        const bool adopted = chain->adopt();
-        if (!adopted && transport.time().changes == 0) continue;
-        for (ChainNode* node = chain->head(); node != nullptr; node = node->older)
+    for (int part = 0; part < parts; ++part) {
+        PlayingChain& playing = chain(part);
+        const ChainNode* adopted = playing.adopt();
+        if (adopted == nullptr && transport.time().changes == 0) continue;
+        for (ChainNode* node = playing.head(); node != nullptr; node = node->older)
             node->instance->setTime(transport.time());
+        if (adopted != nullptr && adopted->forMessage) memory(part).applyTo(*adopted->instance);
     }
     master_.applyMarked();
     if (freeVoices_) {
@@ -106,7 +111,7 @@ void Engine::renderPart(int part, const PartEvents& events, std::int32_t from, s
         const EventRecord& event = events.begin()[next];
         if (event.frame >= from + frames && !last) break;
         renderTo(std::min(event.frame - from, frames));
-        handleEvent(playing, event);
+        handleEvent(part, event);
     }
     renderTo(frames);
     if (!last) return;

@@ -11,11 +11,30 @@
 
 namespace stratovane {
 
+class Patch;
+
 /// A program change that waits for the idle call: library location with bit 16 set while it waits.
 inline constexpr std::uint32_t programWaits = 0x10000;
 inline constexpr std::int32_t nullParameterNumber = 16383;
 
+/// What registered parameter numbers and mode messages set since the last program change, for the
+/// patch it loads. Written by the audio thread, applied by the UI thread.
+struct MessageSets {
+    enum Kind { bendRange, fineTune, coarseTune, monoMode, kinds };
+    std::array<Shared<float>, kinds> values;
+    SharedBits noted;
+
+    void note(Kind kind, float value) {
+        values[static_cast<std::size_t>(kind)] = value;
+        noted.set(1u << kind);
+    }
+    void forget() { noted.take(); }
+    /// Before the patch is handed over.
+    void applyTo(Patch& fresh) const;
+};
+
 struct PartSetup {
+    MessageSets sets;
     Shared<std::int32_t> location{0};    // bank << 8 | program of what it plays, 0 none. UI thread
     SharedBits pendingProgram;           // location and programWaits
     Shared<std::int32_t> bankSelect{0};  // MSB << 7 | LSB

@@ -40,24 +40,25 @@ PlayingChain::~PlayingChain() {
     }
 }
 
-void PlayingChain::append(std::unique_ptr<PartEngine> instance) {
+void PlayingChain::append(std::unique_ptr<PartEngine> instance, bool forMessage) {
     auto* fresh = new ChainNode;
     PartEngine* added = instance.get();
     tail_->instance = std::move(instance);
+    tail_->forMessage = forMessage;
     ChainNode* filled = tail_;
     tail_ = fresh;
     current_.publish(added);
     filled->next.publish(fresh);
 }
 
-bool PlayingChain::adopt() {
+ChainNode* PlayingChain::adopt() {
     ChainNode* successor = handOver_->next.read();
-    if (successor == nullptr) return false;
+    if (successor == nullptr) return nullptr;
     ChainNode* filled = handOver_;
     handOver_ = successor;
     filled->older = head_;
     head_ = filled;
-    return true;
+    return filled;
 }
 
 }  // namespace stratovane

@@ -12,6 +12,7 @@ namespace stratovane {
 /// deleted by the UI thread again.
 struct ChainNode {
     std::unique_ptr<PartEngine> instance;  // set before the node's successor is published
+    bool forMessage = false;               // a MIDI message asked for it
     Published<ChainNode> next;             // in the hand-over list, later in the dead list
     ChainNode* older = nullptr;            // in the playing chain. Audio thread
 };
@@ -48,12 +49,12 @@ class PlayingChain {
     PlayingChain& operator=(const PlayingChain&) = delete;
 
     /// Makes an instance the part's current one and hands it to the audio thread. UI thread.
-    void append(std::unique_ptr<PartEngine> instance);
+    void append(std::unique_ptr<PartEngine> instance, bool forMessage = false);
     /// The instance appended last, played already or not; what is set goes there. Any thread.
     PartEngine& current() const { return *current_.read(); }
 
-    /// Takes over one waiting instance; answers whether there was one. Audio thread.
-    bool adopt();
+    /// Takes over one waiting instance; null when there was none. Audio thread.
+    ChainNode* adopt();
     bool handOverWaits() const { return handOver_->next.read() != nullptr; }
     /// The playing instance; those behind it retire. Audio thread.
     ChainNode* head() const { return head_; }

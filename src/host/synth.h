@@ -19,6 +19,7 @@
 #include "midi/midi_input.h"
 #include "mrx/host_plugin_base.h"
 #include "persistence/library_loader.h"
+#include "persistence/patch_loader.h"
 #include "platform/settings_store.h"
 #include "settings/settings.h"
 
@@ -109,8 +110,9 @@ class Synth : public HostPluginBase {
     Transport transport_;             // audio thread
     ContentLibrary library_{trace_};  // UI thread
     ProgramList programs_{library_};
-    LibraryLoader loader_{library_, multi_, trace_};
     HostParameters parameters_{shared_, multi_, commands_};
+    PatchLoader patchLoader_{multi_, settings_, parameters_, trace_};
+    LibraryLoader loader_{library_, patchLoader_, multi_, trace_};
     MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
     MidiEcho echo_;
     std::unique_ptr<Engine> engine_;

@@ -49,7 +49,8 @@ void Synth::handleRequests() {
     while (multi_.requests.pop(request)) {
         switch (request.kind) {
             case Request::Kind::loadCombi:
-                loader_.load(parts - 1, request.argument, LibraryLoader::AskedBy::message);
+                loader_.load(*engine_, parts - 1, request.argument,
+                             LibraryLoader::AskedBy::message);
                 multi_.refresh = multi_.refresh + 1;
                 break;
         }
@@ -99,7 +100,7 @@ void Synth::loadProgram(int part, std::int32_t location, bool isDefaultPatch) {
     } else if (location != 0) {
         wanted = settings_.midiPatches != 0 || isDefaultPatch || multi_.generalMidi;
     }
-    if (wanted) loader_.load(part, location, LibraryLoader::AskedBy::message);
+    if (wanted) loader_.load(*engine_, part, location, LibraryLoader::AskedBy::message);
     // Played or not, the word now says what the part plays, unless another change came meanwhile.
     std::uint32_t word = setup.pendingProgram.get();
     while ((word & programWaits) == 0 &&

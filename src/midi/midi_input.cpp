@@ -86,7 +86,7 @@ void MidiInput::handle(const MidiEvent& event, Engine& engine) {
         case controlChange:
             return controller(channel, frame, d1, d2, engine);
         case program:
-            return programChange(channel, d1);
+            return programChange(channel, d1, frame);
         case pressure:
             return add(channel, record(pressure, curved(settings_.touchCurve, d1), 0));
         case pitchBend:
@@ -130,8 +130,10 @@ void MidiInput::controller(int channel, std::int32_t frame, int number, int valu
             part.parameterNumber = nullParameterNumber;
             return queue();
         case 126:
+            part.sets.note(MessageSets::monoMode, value >= 1 ? 1.0f : 0.0f);
             return setHost(channel, strip::monoMode, value >= 1 ? 1.0f : 0.0f);
         case 127:
+            part.sets.note(MessageSets::monoMode, 0.0f);
             return setHost(channel, strip::monoMode, 0.0f);
         default:
             return queue();

@@ -38,9 +38,9 @@ class MidiInput {
     void controller(int channel, std::int32_t frame, int number, int value, Engine& engine);
     void dataEntry(int channel, int value, Engine& engine);
     void setByNumber(int channel, int number, float value, Engine& engine);
-    void programChange(int channel, int program);
+    void programChange(int channel, int program, std::int32_t frame);
     /// Asks the idle call for a program.
-    void request(int channel, std::int32_t location);
+    void request(int channel, std::int32_t location, std::int32_t frame);
     /// A combi sets all parts: what waited for one of them is replaced.
     void replaceWaiting();
     bool combiStep(int number, int value);

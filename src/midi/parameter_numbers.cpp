@@ -93,6 +93,11 @@ void MidiInput::dataEntry(int channel, int value, Engine& engine) {
         return setByNumber(channel, selected - nrpnBit, v, engine);
     }
     if (const Route* route = find(registered, selected)) {
+        constexpr MessageSets::Kind kept[] = {MessageSets::bendRange, MessageSets::fineTune,
+                                              MessageSets::coarseTune};
+        if (static_cast<std::size_t>(selected) < std::size(kept))
+            multi_.part[static_cast<std::size_t>(channel)].sets.note(kept[selected],
+                                                                     mapped(route->mapping, v));
         setHost(channel, route->row, mapped(route->mapping, v));
         if (route->secondRow >= 0) setHost(channel, route->secondRow, mapped(route->mapping, v));
     }
@@ -108,12 +113,12 @@ void MidiInput::setByNumber(int channel, int number, float v, Engine& engine) {
     multi_.part[static_cast<std::size_t>(channel)].changes.bump();
 }
 
-void MidiInput::programChange(int channel, int program) {
+void MidiInput::programChange(int channel, int program, std::int32_t frame) {
     PartSetup& part = multi_.part[static_cast<std::size_t>(channel)];
     const std::int32_t bank = part.bankSelect;
     if (settings_.midiCombis == CombiUse::chain) {
         if (const std::int32_t combi = multi_.combis.at(program); combi != CombiTable::none) {
-            request(channel, combi);
+            request(channel, combi, frame);
             multi_.combis.current = program;
             return;
         }
@@ -132,10 +137,16 @@ void MidiInput::programChange(int channel, int program) {
         return;  // names no library bank
     }
     if ((part.pendingProgram.get() & 0xFFFF) == static_cast<std::uint32_t>(location)) return;
-    request(channel, location);
+    request(channel, location, frame);
 }
 
-void MidiInput::request(int channel, std::int32_t location) {
+void MidiInput::request(int channel, std::int32_t location, std::int32_t frame) {
+    // What was sent before gives way to the patch; what comes behind reaches it. In General MIDI
+    // mode it all belongs to the channel.
+    if (!multi_.generalMidi) {
+        multi_.part[static_cast<std::size_t>(channel)].sets.forget();
+        append(channel, {frame, static_cast<std::uint8_t>(0xC0 | channel), 0, 0, 0});
+    }
     const CombiUse combis = settings_.midiCombis;
     const bool loadsCombi = location >= firstCombi && combis != CombiUse::off &&
                             (channel == parts - 1 || combis == CombiUse::chain) &&

@@ -10,9 +10,10 @@ inline constexpr int eco = 1;
 inline constexpr int glide = 3;
 inline constexpr int knob1 = 14, knob2 = 15, knob3 = 103, knob4 = 105, knob5 = 107, knob6 = 109;
 inline constexpr int knobs[6] = {knob1, knob2, knob3, knob4, knob5, knob6};
+inline constexpr int oldKnobControllers[6] = {4, 5, 104, 106, 108, 110};  // of old records
 inline constexpr int firstArpeggiator = 17;  // arpeggiator parameters 0..16
 inline constexpr int arpeggiatorOn = 17, latch = 18, arpeggiatorMode = 19;
-inline constexpr int phraseBank = 26, phraseProgram = 27;
+inline constexpr int gate = 24, phraseBank = 26, phraseProgram = 27, phraseHighKey = 30;
 inline constexpr int keyLow = 49, keyHigh = 50, keyFade = 51;
 inline constexpr int velocityMin = 52, velocityMax = 53, velocityFade = 54;
 inline constexpr int transpose = 55, fineTune = 56, monoPoly = 57, maxVoices = 58;
@@ -54,6 +55,7 @@ inline constexpr int resonance = 104, cutoff = 106, filterEnvelope = 110;
 inline constexpr int filterAttack = 111, filterDecay = 112, filterSustain = 113,
                      filterRelease = 115;
 inline constexpr int filterVelocityToAttack = 118;
+inline constexpr int noteOnClick = 125;
 inline constexpr int attack = 126, decay = 127, sustain = 128, release = 130;
 inline constexpr int decayKeytrack = 135, releaseKeytrack = 137;
 inline constexpr int level = 139, pan = 140;

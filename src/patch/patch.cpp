@@ -13,6 +13,7 @@
 #include "patch/global_rows.h"
 #include "patch/parameter_ids.h"
 #include "patch/patch_texts.h"
+#include "patch/scene_table.h"
 
 namespace stratovane {
 
@@ -20,7 +21,8 @@ Patch::Patch(const EngineShared& shared)
     : shared_{shared},
       rate_{static_cast<double>(shared.sampleRate.get())},
       elements_{std::make_unique<Element[]>(elementTotal + 1)},
-      texts_{std::make_unique<PatchTexts>()} {
+      texts_{std::make_unique<PatchTexts>()},
+      scenes_{std::make_unique<SceneTable>()} {
     for (int i = 0; i < globalParameters; ++i) {
         const GlobalRow* row = globalRow(i);
         values_[static_cast<std::size_t>(i)] = row ? row->initial : 0.0f;

@@ -21,6 +21,7 @@ namespace stratovane {
 
 class Element;
 class PatchTexts;
+class SceneTable;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -122,6 +123,14 @@ class Patch {
     /// The patch of a fresh part 1: one plain analog voice. Builder.
     void makeSawtooth();
 
+    /// Phrase and scenes as stored. UI thread.
+    SceneTable& scenes() { return *scenes_; }
+    const SceneTable& scenes() const { return *scenes_; }
+    /// Where the patch lives in the library (bank * 256 + program), kept and written with it. UI
+    /// thread.
+    std::uint32_t idWord() const { return idWord_; }
+    void setIdWord(std::uint32_t word) { idWord_ = word; }
+
     const ArpeggiatorSettings& arpeggiator() const { return arpeggiator_; }
 
     /// What a controller 0..127 drives; noParameter if nothing. Never a parameter for a controller
@@ -186,6 +195,8 @@ class Patch {
     ArpeggiatorSettings arpeggiator_;
     std::unique_ptr<Element[]> elements_;  // [0] is not used
     std::unique_ptr<PatchTexts> texts_;
+    std::unique_ptr<SceneTable> scenes_;
+    std::uint32_t idWord_ = 0;
     ParameterMarks changed_;  // for the owner of the controls
     ParameterMarks loading_;  // for the UI thread, which passes them on as
     ParameterMarks loaded_;   // for the owner again

@@ -8,6 +8,8 @@
 namespace stratovane {
 
 class ContentLibrary;
+class Engine;
+class PatchLoader;
 struct MultiSetup;
 
 /// UI thread.
@@ -20,15 +22,17 @@ class LibraryLoader {
         editor
     };  // what a message asked for leaves the bank selection alone
 
-    LibraryLoader(const ContentLibrary& library, MultiSetup& multi, Trace& trace)
-        : library_{library}, multi_{multi}, trace_{trace} {}
+    LibraryLoader(const ContentLibrary& library, PatchLoader& loader, MultiSetup& multi,
+                  Trace& trace)
+        : library_{library}, loader_{loader}, multi_{multi}, trace_{trace} {}
 
     /// Loads a location, or steps from the part's own to the next or previous program that has a
     /// name. Answers the location, 0 when nothing was loaded.
-    std::int32_t load(int part, std::int32_t location, AskedBy by);
+    std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by);
 
   private:
     const ContentLibrary& library_;
+    PatchLoader& loader_;
     MultiSetup& multi_;
     Trace& trace_;
 };

@@ -95,15 +95,26 @@ class FakePlugIn {
                 std::strcpy(static_cast<MidiProgramCategory*>(pointer)->name, "Basses");
                 return 1;
             case Opcode::vendorSpecific:
-                return vendorSpecific(index);
+                return vendorSpecific(index, value, pointer);
             default:
                 return 0;
         }
     }
 
-    std::intptr_t vendorSpecific(std::int32_t index) {
+    std::intptr_t vendorSpecific(std::int32_t index, std::intptr_t value, const void* pointer) {
         if (index == fourCharacters("busy")) return busy_ > 0;
         if (index == fourCharacters("voic")) return std::exchange(highest_, 0);
+        if (index == fourCharacters("fxad") && environment("FAKE_MODE") != "full") {
+            struct {
+                std::int32_t type;
+                float values[12];
+            } effect;
+            std::memcpy(&effect, pointer, sizeof effect);
+            log_ << "effect " << value << ": " << effect.type;
+            for (float v : effect.values) log_ << ' ' << v;
+            log_ << '\n';
+            return 2;
+        }
         return 0;
     }
     static float parameterEntry(EffectRecord* record, std::int32_t index) {

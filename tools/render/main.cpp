@@ -1,8 +1,12 @@
-// stratovane-render: renders a Standard MIDI File through the plug-in, faster than it plays.
+// stratovane-render: renders a Standard MIDI File through the plug-in, faster than it plays, or a
+// sound file through effects alone.
 #include <csignal>
 #include <cstdio>
 #include <iostream>
 
+#include "effect_list.h"
+#include "effect_run.h"
+#include "interrupt.h"
 #include "midi_song.h"
 #include "options.h"
 #include "plugin_host.h"
@@ -14,24 +18,36 @@ namespace {
 
 using namespace stratovane::render;
 
-Failure run(const Options& options) {
+using Result = std::variant<Summary, Failure>;
+
+Result runSong(const Options& options) {
     // The song first: a damaged one needs no plug-in to be told.
-    Song song;
-    if (!options.listPrograms) {
-        auto read = readSong(options.song, options.sampleRate, options.channel);
-        if (auto* failure = std::get_if<Failure>(&read)) return *failure;
-        song = std::move(std::get<Song>(read));
-    }
+    auto song = readSong(options.input, options.sampleRate, options.channel);
+    if (auto* failure = std::get_if<Failure>(&song)) return *failure;
     PrivateSettings settings;
     if (auto failure = settings.make(options.userSettings, options.settings)) return *failure;
     PluginHost plugIn;
     if (auto failure = plugIn.load(options.plugIn)) return *failure;
-    if (options.listPrograms) {
-        plugIn.start(options.sampleRate, options.blockFrames);
-        std::cout << programList(plugIn);
+    return renderSong(plugIn, std::get<Song>(song), options);
+}
+
+Failure listPrograms(const Options& options) {
+    PrivateSettings settings;
+    if (auto failure = settings.make(options.userSettings, options.settings)) return *failure;
+    PluginHost plugIn;
+    if (auto failure = plugIn.load(options.plugIn)) return *failure;
+    plugIn.start(options.sampleRate, options.blockFrames);
+    std::cout << programList(plugIn);
+    return {Exit::ok, {}};
+}
+
+Failure run(const Options& options) {
+    if (options.listPrograms) return listPrograms(options);
+    if (options.listEffects) {
+        std::cout << effectList();
         return {Exit::ok, {}};
     }
-    const auto result = renderSong(plugIn, song, options);
+    const Result result = options.fromSong ? runSong(options) : runEffects(options);
     if (const auto* failure = std::get_if<Failure>(&result)) return *failure;
     const Summary& summary = std::get<Summary>(result);
     if (!options.quiet) std::cerr << hints(summary);

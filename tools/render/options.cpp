@@ -3,11 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <string_view>
+
+#include "numbers.h"
+#include "sound_input.h"
 
 namespace stratovane::render {
 
@@ -45,19 +47,10 @@ std::string besideTheProgram(const char* name) {
     return (error ? fs::path{name} : program.parent_path() / name).string();
 }
 
-/// A number of the whole text, finite; what from_chars would take, whatever the locale.
-std::optional<double> wholeNumber(const std::string& text) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
-        return {};
-    return value;
-}
-
 /// The texts of options that need more than a type, before they are understood.
 struct Texts {
-    std::string format, tail = "auto", outputPair = "1";
-    std::vector<std::string> settings;
+    std::string format, tail, outputPair = "1";
+    std::vector<std::string> settings, effects;
     int channel = 0;
 };
 
@@ -124,18 +117,53 @@ std::optional<std::string> understandSettings(const std::vector<std::string>& te
     return {};
 }
 
-std::optional<std::string> understandFiles(Options& options) {
-    if (options.listPrograms) return {};
-    if (options.song.empty()) return "which song? stratovane-render SONG.mid -o OUT.wav";
-    if (options.output.empty()) return "where to? stratovane-render SONG.mid -o OUT.wav";
+std::optional<std::string> understandEffects(const std::vector<std::string>& texts,
+                                             Options& options) {
+    for (const std::string& text : texts) {
+        auto read = readEffect(text);
+        if (const auto* fault = std::get_if<std::string>(&read)) return *fault;
+        options.effects.push_back(std::get<EffectChoice>(read));
+    }
+    return {};
+}
+
+std::optional<std::string> understandFiles(const Options& options) {
+    if (options.input.empty()) return "which song? stratovane-render SONG.mid -o OUT.wav";
+    if (options.output.empty())
+        return "where to? stratovane-render " +
+               std::string{options.fromSong ? "SONG.mid" : "IN.wav --effect \"Name\""} +
+               " -o OUT.wav";
     std::error_code error;
-    if (fs::equivalent(options.song, options.output, error))
-        return "the output would replace the song itself";
+    if (fs::equivalent(options.input, options.output, error))
+        return std::string{"the output would replace the "} +
+               (options.fromSong ? "song" : "sound file") + " itself";
+    return {};
+}
+
+/// What the kind of input needs and what makes no sense with it.
+std::optional<std::string> understandKind(const CLI::App& app, Options& options) {
+    constexpr const char* songOnly[] = {"--plugin",  "--content", "--rate",         "--output-pair",
+                                        "--channel", "--set",     "--user-settings"};
+    constexpr const char* soundOnly[] = {"--key", "--tempo"};
+    const auto given = [&](const char* name) { return app.count(name) > 0; };
+    if (options.fromSong) {
+        for (const char* name : soundOnly)
+            if (given(name))
+                return std::string{name} + " is for a sound file; a song has keys and a tempo";
+        return {};
+    }
+    for (const char* name : songOnly)
+        if (given(name)) return std::string{name} + " is for a song; this is a sound file";
+    if (options.effects.empty())
+        return "a sound file needs an effect: --effect \"Name\" (--list-effects lists them)";
+    if (!given("--block")) options.blockFrames = Options::soundBlockFrames;
     return {};
 }
 
 void declare(CLI::App& app, Options& options, Texts& texts) {
-    app.add_option("SONG.mid", options.song, "Standard MIDI File to play");
+    app.add_option("INPUT", options.input,
+                   "Standard MIDI File to play, or sound file to pass through effects alone; its "
+                   "first bytes tell which");
     app.add_option("-o,--output", options.output, "File to write");
     app.add_option("--plugin", options.plugIn, "Plug-in library")
         ->default_str("stratovane2.so beside this program");
@@ -145,11 +173,10 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
         ->capture_default_str();
     app.add_option("--block", options.blockFrames, "Largest block in frames")
         ->check(CLI::Range(1, 8192))
-        ->capture_default_str();
+        ->default_str("512, for a sound file 256");
     app.add_option("--tail", texts.tail,
-                   "What follows the song: auto (until it is silent, 60 s at most), none, or "
-                   "SECONDS")
-        ->capture_default_str();
+                   "What follows the input: auto (until it is silent, 60 s at most), none, or "
+                   "SECONDS [auto, for a sound file none]");
     app.add_option("--gain", options.gainDb, "Gain in dB; with --normalize the peak in dBFS")
         ->check(CLI::Range(-120.0, 60.0))
         ->capture_default_str();
@@ -163,6 +190,23 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
            "--channel", texts.channel,
            "Play the notes of all channels but 10 on this one; no program changes, no volume")
         ->check(CLI::Range(1, 16));
+    app.add_option("--effect", texts.effects,
+                   "An effect and its values, 0..1 from parameter 0 on; what is left out is as in "
+                   "the effect's first preset. A song's stands behind the patch of the part of "
+                   "--channel, else of part 1, until a program change loads another. Repeated: in "
+                   "series")
+        ->type_name("NAME[:P0,P1,...]")
+        ->expected(1)
+        ->take_all();
+    app.add_option("--key", options.key,
+                   "Key held while a sound file passes, for effects that "
+                   "follow keys [none]")
+        ->type_name("NOTE")
+        ->check(CLI::Range(0, 127));
+    app.add_option("--tempo", options.tempo, "Tempo of a sound file in beats per minute")
+        ->type_name("BPM")
+        ->check(CLI::Range(1.0, 1000.0))
+        ->capture_default_str();
     app.add_option("--set", texts.settings, "A setting of the plug-in, as \"Name=Value\"")
         ->type_name("NAME=VALUE")
         ->expected(1)
@@ -170,6 +214,8 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
     app.add_flag("--user-settings", options.userSettings,
                  "Start from a copy of your own settings, not from defaults");
     app.add_flag("--list-programs", options.listPrograms, "List the programs and end");
+    app.add_flag("--list-effects", options.listEffects,
+                 "List the effects with their parameters, defaults and displays, and end");
     app.add_flag("--quiet", options.quiet, "No progress, hints and summary");
     app.add_flag("--json", options.json, "The summary as JSON");
 }
@@ -177,8 +223,10 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
 }  // namespace
 
 std::variant<Options, Failure> readOptions(int argc, char** argv) {
-    CLI::App app{"Renders a Standard MIDI File through the Stratovane 2 plug-in into a sound file.",
-                 "stratovane-render"};
+    CLI::App app{
+        "Renders a Standard MIDI File through the Stratovane 2 plug-in, or a sound file "
+        "through its effects, into a sound file.",
+        "stratovane-render"};
     Options options;
     Texts texts;
     declare(app, options, texts);
@@ -191,12 +239,19 @@ std::variant<Options, Failure> readOptions(int argc, char** argv) {
         return Failure{Exit::usage, error.what()};
     }
     if (texts.channel > 0) options.channel = texts.channel - 1;
+    options.fromSong = !isSoundFile(options.input);
+    if (app.count("--tail") == 0) texts.tail = options.fromSong ? "auto" : "none";
     auto fault = understandTail(texts.tail, options);
     if (!fault) fault = understandOutputPair(texts.outputPair, options);
     if (!fault) fault = understandFormat(texts.format, options);
     if (!fault) fault = understandSettings(texts.settings, options);
-    if (!fault) fault = understandFiles(options);
+    if (!fault) fault = understandEffects(texts.effects, options);
+    if (!fault && !options.listPrograms && !options.listEffects) {
+        fault = understandFiles(options);
+        if (!fault) fault = understandKind(app, options);
+    }
     if (!fault && !std::isfinite(options.gainDb)) fault = "--gain takes a number of dB";
+    if (!fault && !std::isfinite(options.tempo)) fault = "--tempo takes beats per minute";
     if (fault) return Failure{Exit::usage, *fault};
 
     if (options.plugIn.empty()) options.plugIn = besideTheProgram("stratovane2.so");

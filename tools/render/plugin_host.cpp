@@ -113,6 +113,13 @@ void PluginHost::settle() {
     } while (!stuck_ && request(Opcode::vendorSpecific, fourCharacters("busy")) == 1);
 }
 
+bool PluginHost::addEffect(int part, EffectChoice effect) {
+    const std::intptr_t element =
+        request(Opcode::vendorSpecific, fourCharacters("fxad"), part, &effect);
+    settle();
+    return element > 0;
+}
+
 bool PluginHost::hasPatch(int part) {
     constexpr std::int32_t partParameters = 152, level = 2;
     return record_->getParameter(record_, part * partParameters + level) > 0.0f;

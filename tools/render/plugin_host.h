@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "effect_choice.h"
 #include "failure.h"
 #include "midi_song.h"
 #include "mrx/effect_record.h"
@@ -27,6 +28,8 @@ class PluginHost {
     std::optional<Failure> load(const std::string& path);
     /// Fixes rate and largest block and gets the plug-in ready, content loaded.
     void start(int rate, std::int32_t blockFrames);
+    /// Puts an effect behind the patch of a part (0..15); false when there is no place for it.
+    bool addEffect(int part, EffectChoice effect);
     int outputs() const { return record_->outputCount; }
 
     /// Hands over the events of a block that begins at `start` and renders it. The outputs' samples

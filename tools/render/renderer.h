@@ -15,8 +15,4 @@ namespace stratovane::render {
 std::variant<Summary, Failure> renderSong(PluginHost& plugIn, const Song& song,
                                           const Options& options);
 
-/// From here on an interrupt stops the rendering in good order. Returns the signal that came, or 0.
-void catchInterrupts();
-int interruptSeen();
-
 }  // namespace stratovane::render

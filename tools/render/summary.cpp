@@ -62,7 +62,7 @@ double Meter::rmsDbfs() const {
 std::string summaryText(const Summary& s) {
     std::string text = s.output;
     text.append(print(": %s, %d Hz, %d channels\n", s.format.c_str(), s.rate, s.channels));
-    text.append("Song ").append(minutes(s.songSeconds));
+    text.append(s.fromSong ? "Song " : "Sound ").append(minutes(s.inputSeconds));
     text.append(", file ").append(minutes(s.fileSeconds)).append("\n");
     text.append("Peak ").append(decibels(s.peakDbfs));
     text.append(", RMS ").append(decibels(s.rmsDbfs));
@@ -82,7 +82,8 @@ std::string summaryJson(const Summary& s) {
     json.append(textJson(s.output));
     json.append(", \"format\": ").append(textJson(s.format));
     json.append(print(", \"sampleRate\": %d, \"channels\": %d", s.rate, s.channels));
-    json.append(", \"songSeconds\": ").append(numberJson(s.songSeconds));
+    json.append(s.fromSong ? ", \"songSeconds\": " : ", \"soundSeconds\": ")
+        .append(numberJson(s.inputSeconds));
     json.append(", \"fileSeconds\": ").append(numberJson(s.fileSeconds));
     json.append(print(", \"fileFrames\": %lld", static_cast<long long>(s.fileFrames)));
     json.append(", \"peakDbfs\": ").append(numberJson(s.peakDbfs));

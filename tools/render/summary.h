@@ -25,7 +25,8 @@ class Meter {
 struct Summary {
     std::string output, format;
     int rate = 0, channels = 0;
-    double songSeconds = 0, fileSeconds = 0;
+    bool fromSong = true;  // else from a sound file
+    double inputSeconds = 0, fileSeconds = 0;
     std::int64_t fileFrames = 0;
     double peakDbfs = 0, rmsDbfs = 0;
     std::int64_t clippedSamples = 0, invalidSamples = 0;

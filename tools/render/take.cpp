@@ -35,22 +35,26 @@ std::optional<Failure> Take::open(const std::string& beside, int channels) {
 }
 
 std::optional<Failure> Take::append(std::span<float* const> buffers, std::int32_t frames) {
-    if (frames == 0) return {};
     const auto count = static_cast<std::size_t>(frames);
     interleaved_.resize(count * channels_);
     for (std::size_t channel = 0; channel < channels_; ++channel) {
         const float* from = buffers[channel];
         float* to = interleaved_.data() + channel;
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * channels_] = from[i];
-            const float size = std::fabs(from[i]);
-            if (size > peak_ && std::isfinite(size)) peak_ = size;
-        }
+        for (std::size_t i = 0; i < count; ++i) to[i * channels_] = from[i];
     }
-    if (std::fwrite(interleaved_.data(), sizeof(float), interleaved_.size(), file_.get()) !=
-        interleaved_.size())
+    return append(interleaved_);
+}
+
+std::optional<Failure> Take::append(std::span<const float> interleaved) {
+    if (interleaved.empty()) return {};
+    for (float sample : interleaved) {
+        const float size = std::fabs(sample);
+        if (size > peak_ && std::isfinite(size)) peak_ = size;
+    }
+    if (std::fwrite(interleaved.data(), sizeof(float), interleaved.size(), file_.get()) !=
+        interleaved.size())
         return diskFault("the temporary file beside the output cannot be written");
-    frames_ += frames;
+    frames_ += static_cast<std::int64_t>(interleaved.size() / channels_);
     return {};
 }
 

@@ -22,6 +22,8 @@ class Take {
     std::optional<Failure> open(const std::string& beside, int channels);
     /// Appends `frames` of as many buffers as there are channels.
     std::optional<Failure> append(std::span<float* const> buffers, std::int32_t frames);
+    /// Appends interleaved frames.
+    std::optional<Failure> append(std::span<const float> interleaved);
     /// Forgets what lies behind `frames`.
     void cutTo(std::int64_t frames) { frames_ = std::min(frames_, frames); }
     std::int64_t frames() const { return frames_; }

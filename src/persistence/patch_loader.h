@@ -1,0 +1,49 @@
+// Puts a patch record into a part: reads it, settles what belongs to the mixer, hands it over.
+#pragma once
+
+#include <cstdint>
+
+#include "base/trace.h"
+#include "content/bytes.h"
+
+namespace stratovane {
+
+class Engine;
+class HostParameters;
+class Patch;
+struct MultiSetup;
+struct PatchRecord;
+struct Settings;
+
+/// Threads: UI thread.
+class PatchLoader {
+  public:
+    PatchLoader(MultiSetup& multi, const Settings& settings, HostParameters& parameters,
+                Trace& trace)
+        : multi_{multi}, settings_{settings}, parameters_{parameters}, trace_{trace} {}
+
+    enum class Mode { load, restore };  // restoring a whole bank takes everything from the record
+    static constexpr int noBank = -1;
+
+    struct Source {
+        Mode mode = Mode::load;
+        int libraryBank = noBank;
+        bool forMessage = false;  // a MIDI message asked for it
+        std::string_view name{};  // replaces the record's name unless empty
+    };
+
+    /// False, the part unchanged and the reason traced, when the bytes hold no patch record.
+    bool load(Engine& engine, int part, ByteView block, const Source& source);
+    bool load(Engine& engine, int part, const PatchRecord& record, const Source& source);
+
+  private:
+    void settleMixer(int part, Patch& fresh, Mode mode) const;
+    void showToHost(int part);
+
+    MultiSetup& multi_;
+    const Settings& settings_;
+    HostParameters& parameters_;
+    Trace& trace_;
+};
+
+}  // namespace stratovane
