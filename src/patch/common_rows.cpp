@@ -53,6 +53,8 @@ void connectSlot(ElementScope& s, float v) {
 // Zones and voice mode.
 
 void buildKeyZone(ElementScope& s, float) {
+    s.controls.keyLow = choice(s.value(elementIndex::keyLow), 127.9f);
+    s.controls.keyHigh = choice(s.value(elementIndex::keyHigh), 127.9f);
     s.controls.keyGain =
         makeZoneTable(s.value(elementIndex::keyLow), s.value(elementIndex::keyHigh),
                       s.value(elementIndex::keyFade));
@@ -103,6 +105,7 @@ void setPitchOffset(ElementScope& s, float) {
     const int octaves = centred(s.value(elementIndex::octave), 4);
     const int semitones = centred(s.value(elementIndex::semitones), 12);
     const float cents = 2.0f * signedSquare(s.value(elementIndex::cents));  // in semitones
+    s.controls.wholeSemitones = semitones + octaves * 12;
     s.controls.pitchOffset =
         (static_cast<float>(semitones) + static_cast<float>(octaves * 12) + cents) * semitonePitch;
 }

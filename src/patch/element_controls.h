@@ -175,6 +175,7 @@ struct ElementControls {
     bool eco = false;     // effective
     // When it plays
     ZoneTable keyGain{}, velocityGain{};
+    std::int32_t keyLow = 0, keyHigh = 127;  // ends of the key zone, either may be the higher
     TriggerCondition trigger = TriggerCondition::none;
     std::int32_t muteCondition = 0;
     MonoMode monoMode = MonoMode::poly;  // effective
@@ -190,7 +191,8 @@ struct ElementControls {
     float unisonDetune = 0;        // pitch
     float unisonPan = 0;
     // Pitch
-    float pitchOffset = 0;  // octave, semitones, cents; pitch
+    float pitchOffset = 0;            // octave, semitones, cents; pitch
+    std::int32_t wholeSemitones = 0;  // octave and semitones alone
     float pitchKeytrack = 1;
     float randomPitch = 0;  // pitch
     bool patchBend = true;

@@ -12,7 +12,8 @@
 namespace stratovane {
 namespace {
 
-constexpr float endLevel = 0.0001f;  // amplitude at which an ending voice is let go
+constexpr float endLevel = 0.0001f;        // amplitude or output at which an ending voice is let go
+constexpr float shortestEndFade = 0.005f;  // seconds
 
 void followElement(const PartState& part, Voice& voice) {
     const std::uint32_t changes = voice.element->changes();
@@ -35,6 +36,24 @@ void tickEnvelopes(const PartState& part, Voice& voice) {
     voice.amp.tick(context);
 }
 
+/// A recording that ends on a value other than 0 would go on as a constant.
+void fadeWhenOver(const PartState& part, Voice& voice) {
+    if (!soundIsOver(voice) || voice.amp.state == VoiceState::fading) return;
+    EnvelopeContext context = envelopeContext(part, voice, voice.controls().ampEnvelope);
+    context.muteFadeSeconds = std::max(context.muteFadeSeconds, shortestEndFade);
+    voice.amp.setStage(4, context);
+}
+
+/// |left| + |right| of the last sample that was played.
+float lastOutput(const Voice& voice) {
+    constexpr int last = tickFrames - 1;
+    const VoiceTick& tick = voice.ticks[voice.playing];
+    const float left = tick.samples[last];
+    const float right = tick.stereo ? tick.right[last] : left;
+    return std::fabs(left * (tick.start.left + last * tick.perSample.left)) +
+           std::fabs(right * (tick.start.right + last * tick.perSample.right));
+}
+
 /// The ramp of this tick leads from where the last one ended to the new gains.
 void setRamp(const PartState& part, Voice& voice, VoiceTick& tick) {
     const float a =
@@ -49,9 +68,9 @@ void setRamp(const PartState& part, Voice& voice, VoiceTick& tick) {
 
 }  // namespace
 
-// Sounds that can run out of data end here, too, once they have been played to their end.
 bool hasEnded(const Voice& voice) {
-    return voice.amp.state != VoiceState::sounding && voice.amp.level < endLevel;
+    if (voice.amp.state != VoiceState::sounding && voice.amp.level < endLevel) return true;
+    return voice.ticked && soundIsOver(voice) && lastOutput(voice) < endLevel;
 }
 
 float voiceLevel(const PartState& part, const Voice& voice) {
@@ -85,7 +104,8 @@ void renderTick(PartState& part, Voice& voice) {
     VoiceTick& tick = voice.ticks[voice.playing];
     tick.firstFrame = voice.dueFrame;
     setRamp(part, voice, tick);
-    renderSound(voice, tick.samples);
+    renderSound(voice, tick);
+    fadeWhenOver(part, voice);
     voice.ticked = true;
     voice.dueFrame += tickFrames;
 }

@@ -51,14 +51,16 @@ ZoneGain partZoneGain(const PartState& part, int note, int velocity) {
 }
 
 ZoneGain acceptNote(PartState& part, int element, int note, int velocity,
-                    const TriggerState& trigger, bool monoSounds) {
+                    const TriggerState& trigger, bool monoSounds, NoteSound& sound) {
     constexpr ZoneGain unity = 10000;
     Element& owner = part.patch.element(element);
     const ElementControls& controls = owner.controls();
     const ZoneGain keyGain{controls.keyGain[zoneIndex(part, note)]};
     if (controls.muted || owner.type() == ElementType::effect || keyGain == 0) return 0;
     ++owner.noteCounter;
-    if (!triggers(controls.trigger, trigger, owner.noteCounter) || !canSound(owner)) return 0;
+    if (!triggers(controls.trigger, trigger, owner.noteCounter) || !canSound(owner) ||
+        !chooseSound(part, owner, note, velocity, sound))
+        return 0;
     return keyGain * (monoSounds
                           ? unity
                           : ZoneGain{controls.velocityGain[static_cast<std::size_t>(velocity)]});

@@ -8,6 +8,7 @@
 
 namespace stratovane {
 
+struct NoteSound;
 struct PartState;
 
 /// What trigger conditions look at.
@@ -27,10 +28,10 @@ inline constexpr ZoneGain fullZoneGain = 100000000;
 ZoneGain partZoneGain(const PartState& part, int note, int velocity);
 
 /// Gain of the element's zones for a played note, 0 when it stays silent. Counts the note for the
-/// element. A mono element that sounds already (`monoSounds`) ignores its velocity zone. Audio
-/// thread.
+/// element and chooses what its voices will play. A mono element that sounds already (`monoSounds`)
+/// ignores its velocity zone. Audio thread.
 ZoneGain acceptNote(PartState& part, int element, int note, int velocity,
-                    const TriggerState& trigger, bool monoSounds);
+                    const TriggerState& trigger, bool monoSounds, NoteSound& sound);
 
 /// Whether a message of this source concerns an element: those marked "No Arp" are for the player's
 /// own keys.

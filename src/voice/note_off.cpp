@@ -7,6 +7,7 @@
 #include "voice/part_state.h"
 #include "voice/start_voice.h"
 #include "voice/voice_allocation.h"
+#include "voice/voice_sound.h"
 
 namespace stratovane {
 namespace {
@@ -44,6 +45,7 @@ void releaseKey(PartState& part, int slot) {
     if (voice.waitsForRelease()) return startAtRelease(part, voice);
     if (!voice.ticked && voice.dueFrame > part.clock.frame()) return dieWaiting(part, voice);
     const ElementControls& element = voice.controls();
+    releaseSound(voice);
     releaseGlide(voice);
     voice.modulation.setStage(4, element.modulation, envelopeTimeFactor(part, voice));
     voice.filterEnvelope.setStage(3, envelopeContext(part, voice, element.filterEnvelope));
@@ -59,13 +61,14 @@ bool returnToHeldKey(PartState& part, int slot) {
     if (note < 0) return false;
     const Voice& voice = part.voiceAt(slot);
     const int velocity = std::clamp(static_cast<int>(voice.velocity * 63 + 64.5f), 1, 127);
-    const VoiceNote next{note, float(part.detuneCents[static_cast<std::size_t>(note)]), velocity,
-                         part.slots[slot].source};
+    VoiceNote next{note, float(part.detuneCents[static_cast<std::size_t>(note)]), velocity,
+                   part.slots[slot].source};
     if (controls.releaseRetrigger != Retrigger::newVoice) {
         retargetVoice(part, slot, next, controls.releaseRetrigger);
         return true;
     }
-    const ZoneGain zoneGain = acceptNote(part, element, note, velocity, triggerState(part), true);
+    const ZoneGain zoneGain =
+        acceptNote(part, element, note, velocity, triggerState(part), true, next.sound);
     if (zoneGain == 0) return false;
     const float gain = voiceGain(partZoneGain(part, note, velocity), zoneGain);
     const int unisonIndex = voice.unisonIndex;

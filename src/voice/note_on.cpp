@@ -128,12 +128,13 @@ bool sounds(const PartState& part, int element) {
     return false;
 }
 
-void playElement(PartState& part, int element, const PlayedNote& played) {
+void playElement(PartState& part, int element, PlayedNote& played) {
     const ElementControls& controls = part.patch.element(element).controls();
     if (!reaches(played.note.source, controls.trigger)) return;
     const bool mono = controls.monoMode != MonoMode::poly;
-    const ZoneGain zoneGain = acceptNote(part, element, played.note.note, played.note.velocity,
-                                         played.trigger, mono && sounds(part, element));
+    const ZoneGain zoneGain =
+        acceptNote(part, element, played.note.note, played.note.velocity, played.trigger,
+                   mono && sounds(part, element), played.note.sound);
     if (zoneGain == 0) return;
     muteOthers(part, element, played.note.note);
     const float gain = voiceGain(played.zoneGain, zoneGain);

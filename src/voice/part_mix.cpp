@@ -37,6 +37,14 @@ void mix(Window& window, const VoiceTick& tick, int from, int to) {
     float* left = window.left.data() + from;
     float* right = window.right.data() + from;
     const StereoGain start = tick.start, perSample = tick.perSample;
+    if (tick.stereo) {
+        const float* y = tick.right + skipped;
+        for (int i = 0; i < count; ++i) {
+            left[i] += x[i] * (start.left + index[i] * perSample.left);
+            right[i] += y[i] * (start.right + index[i] * perSample.right);
+        }
+        return;
+    }
     for (int i = 0; i < count; ++i) {
         left[i] += x[i] * (start.left + index[i] * perSample.left);
         right[i] += x[i] * (start.right + index[i] * perSample.right);

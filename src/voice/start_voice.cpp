@@ -5,9 +5,11 @@
 
 #include "base/tempo_divisions.h"
 #include "base/tempo_factor.h"
+#include "content/tuning_table.h"
 #include "voice/control_tick.h"
 #include "voice/glide.h"
 #include "voice/part_state.h"
+#include "voice/start_sound.h"
 #include "voice/tuning_lookup.h"
 #include "voice/voice_modulation.h"
 #include "voice/voice_sound.h"
@@ -22,12 +24,20 @@ float normalisedVelocity(const ElementControls& element, int velocity) {
     return element.velocityToAll ? static_cast<float>(velocity - 1) * 0.015873f - 1 : 0.0f;
 }
 
+/// The semitones of a table that is selected and resident.
+std::span<const float> tuningTable(const ItemSlot* slot) {
+    const TuningTable* table = slot != nullptr ? slot->get<TuningTable>() : nullptr;
+    return table != nullptr ? std::span<const float>{table->semitones} : std::span<const float>{};
+}
+
 /// How far note and micro-tuning lie above middle C.
 void setNotePitch(const PartState& part, Voice& voice, const VoiceNote& note) {
     const PatchControls& patch = part.patch.controls();
-    // Tuning tables come with the content library; without one a slot moves nothing.
-    const float tuning1 = tuningCents({}, note.note - patch.tuning[0].root);
-    const float tuning2 = tuningCents({}, note.note - patch.tuning[1].root);
+    const auto tuning = [&](int i) {
+        const auto& controls = patch.tuning[static_cast<std::size_t>(i)];
+        return tuningCents(tuningTable(part.patch.tuning(i)), note.note - controls.root);
+    };
+    const float tuning1 = tuning(0), tuning2 = tuning(1);
     const auto semitones = static_cast<float>(note.note + patch.transpose - 60);
     voice.tuning2 = tuning2 * 0.01f;
     voice.notePitch =
@@ -143,15 +153,25 @@ void resetRecord(Voice& voice) {
     voice.ticked = false;
 }
 
-void startEnvelopes(const PartState& part, Voice& voice) {
+/// Amplitude of the newest other voice of a slot's element, 0 without one.
+float levelBefore(const PartState& part, int slot) {
+    for (int other = part.slots.active() - 1; other >= 0; --other)
+        if (other != slot && part.slots[other].element == part.slots[slot].element)
+            return part.voiceAt(other).amp.level;
+    return 0;
+}
+
+void startEnvelopes(const PartState& part, int slot, Voice& voice) {
     const ElementControls& element = voice.controls();
-    voice.modulation.level = element.modulation.levels[0];
     voice.modulation.setStage(0, element.modulation, envelopeTimeFactor(part, voice));
     voice.filterEnvelope.setStage(0, envelopeContext(part, voice, element.filterEnvelope));
-    if (clicks(element))
-        click(part, voice);
-    else
-        voice.amp.setStage(0, envelopeContext(part, voice, element.ampEnvelope));
+    const EnvelopeContext context = envelopeContext(part, voice, element.ampEnvelope);
+    if (clicks(element)) return click(part, voice);
+    if (voice.type == ElementType::sample && isLegato(part, voice)) {
+        voice.amp.level = levelBefore(part, slot);
+        return voice.amp.setStage(-1, context);
+    }
+    voice.amp.setStage(0, context);
 }
 
 }  // namespace
@@ -181,6 +201,7 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
 
     resetRecord(voice);
     voice.element = &owner;
+    voice.type = owner.type();
     voice.elementChanges = owner.changes();
     voice.startStamp = part.eventCounter;
     voice.unisonIndex = unisonIndex;
@@ -205,15 +226,16 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
             : voice.noteFrame + delayFrames(part, element, voice.velocity, delayRandom);
     voice.step = part.clock.now();
     startLfo3(voice);
+    voice.modulation.level = element.modulation.levels[0];
     startSlots(part, voice);
     resetInputs(part, voice);
     voice.lastPitch = voice.inputs.pitch;
-    // Taken once: the UI thread may select something else meanwhile.
-    voice.chosen = owner.content();
+    voice.chosen = note.sound.content;
     voice.content = voice.chosen == nullptr ? 0 : voice.chosen->id.word;
-    voice.offsets.level = unisonLevel(unisonIndex, element.unisonExtra) * startSound(part, voice) *
+    const float soundLevel = startSound(part, voice, note);  // may move the pan, too
+    voice.offsets.level = unisonLevel(unisonIndex, element.unisonExtra) * soundLevel *
                           panLevel(element.pan + voice.offsets.pan);
-    startEnvelopes(part, voice);
+    startEnvelopes(part, slot, voice);
 }
 
 void retargetVoice(PartState& part, int slot, const VoiceNote& note, Retrigger mode) {
@@ -236,8 +258,7 @@ void retargetVoice(PartState& part, int slot, const VoiceNote& note, Retrigger m
     }
     if (mode != Retrigger::filter) {
         voice.amp.setStage(-1, envelopeContext(part, voice, element.ampEnvelope));
-        if (mode == Retrigger::newVoice && voice.element->type() == ElementType::analog &&
-            clicks(element))
+        if (mode == Retrigger::newVoice && voice.type == ElementType::analog && clicks(element))
             click(part, voice);
     }
     voice.filterEnvelope.setStage(-1, envelopeContext(part, voice, element.filterEnvelope));

@@ -4,6 +4,7 @@
 #include "patch/element_controls.h"
 #include "voice/envelope.h"
 #include "voice/midi_bytes.h"
+#include "voice/note_sound.h"
 
 namespace stratovane {
 
@@ -16,6 +17,7 @@ struct VoiceNote {
     float detuneCents = 0;
     int velocity = 64;  // 1..127
     EventSource source = EventSource::host;
+    NoteSound sound{};  // what the element chose for it
 };
 
 /// Starts the voice of a slot, which allocateVoice gave; the slot's note, key and mute condition

@@ -10,11 +10,13 @@
 #include "base/units.h"
 #include "patch/element.h"
 #include "voice/analog/analog_voice.h"
+#include "voice/drawbar/drawbar_voice.h"
 #include "voice/envelope.h"
 #include "voice/lfo.h"
 #include "voice/modulation_envelope.h"
 #include "voice/modulation_slot.h"
 #include "voice/part_clock.h"
+#include "voice/sample/sample_voice.h"
 
 namespace stratovane {
 
@@ -42,6 +44,8 @@ struct VoiceOffsets {
 /// 32 samples of a voice and the gains they are mixed with: start + index * perSample.
 struct VoiceTick {
     alignas(64) float samples[tickFrames] = {};
+    float right[tickFrames] = {};  // the other side of a stereo sound, else unused
+    bool stereo = false;
     StereoGain start, perSample;
     std::int64_t firstFrame = 0;  // part time
 };
@@ -53,6 +57,8 @@ struct Voice {
 
     // The note
     Element* element = nullptr;
+    // Of the element when the note began: what sounds goes on as it was when the type changes.
+    ElementType type = ElementType::effect;
     // What the UI thread asks before it releases content: the ContentId that is played, 0 none.
     Shared<std::uint32_t> content{0};
     const ElementContent* chosen = nullptr;  // what it plays; valid while the note starts
@@ -88,6 +94,8 @@ struct Voice {
     PartStep step;
     StereoGain gain;  // the next ramp starts here
     AnalogVoice analog;
+    SampleVoice sample;
+    DrawbarVoice drawbar;
 
     // Rendered ahead
     VoiceTick ticks[2];
