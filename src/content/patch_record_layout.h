@@ -39,18 +39,10 @@ inline constexpr int controllerMapBytes = 2 * controllers;
 inline constexpr int wrapperBytes = 60;  // of the program file that may stand before a record
 }  // namespace recordLayout
 
-/// A scene: its size, a name, what it recalls, and a phrase.
+/// The scenes of a patch; what one holds is told with its reader.
 namespace sceneLayout {
 inline constexpr int slots = 64;
-inline constexpr int name = 4, nameBytes = 32;
-inline constexpr int flags = 40;
-inline constexpr int knobs = 44;         // float[6]
-inline constexpr int arpeggiator = 92;   // float[20], global values 17..36
-inline constexpr int steps = 172;        // float[80], global values 172..251
-inline constexpr int phraseBeats = 496;  // float
-inline constexpr int eventCount = 500;   // int32
-inline constexpr int headerBytes = 504;  // the events follow
-inline constexpr int eventBytes = 24;
+inline constexpr int smallestBytes = 504;  // without events
 }  // namespace sceneLayout
 
 }  // namespace stratovane

@@ -352,6 +352,8 @@ void Patch::copyFrom(const Patch& other) {
         setText(selector, other.text(selector));
     for (int controller = 0; controller < 128; ++controller)
         assignController(controller, other.storedTarget(controller));
+    scenes() = other.scenes();
+    setIdWord(other.idWord());
 }
 
 // Controllers.

@@ -6,6 +6,7 @@
 
 #include "base/units.h"
 #include "content/patch_record_layout.h"
+#include "effects/catalogue.h"
 #include "patch/element_controls.h"
 #include "patch/parameter_ids.h"
 #include "patch/patch.h"
@@ -47,11 +48,10 @@ enum class SendSource : std::uint8_t { none, patch, master };
 /// Whether a send slot 65..68 sounds: an "Effect" element with an effect, not muted. Told from
 /// stored values, since the units belong to whoever plays. Any thread.
 inline bool slotSounds(const Patch& patch, int number) {
-    constexpr int highestEffect = 110;
     const int type = choice(patch.get(number, elementIndex::type), 15.9f);
     return !isOn(patch.get(number, elementIndex::mute)) &&
            type == static_cast<int>(ElementType::effect) &&
-           choice(patch.get(number, elementIndex::item), 128.9f) <= highestEffect;
+           effectType(choice(patch.get(number, elementIndex::item), 128.9f));
 }
 
 }  // namespace stratovane

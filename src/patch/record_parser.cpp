@@ -88,7 +88,7 @@ class Parser {
         if (!take(bytes, "a scene is missing")) return false;
         if (bytes == 0) return true;
         at_ -= sizeof bytes;  // the size counts its own word
-        if (bytes < sceneLayout::headerBytes) return refuse(at_, "a scene is too short");
+        if (bytes < sceneLayout::smallestBytes) return refuse(at_, "a scene is too short");
         ByteView scene;
         if (!take(scene, bytes, "a scene is cut off")) return false;
         if (slot < sceneLayout::slots) record_.scenes[static_cast<std::size_t>(slot)] = scene;

