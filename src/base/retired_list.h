@@ -16,7 +16,8 @@ class RetiredList {
     template <class T>
     void add(std::unique_ptr<T> thing, const RenderEpoch& epoch) {
         if (thing)
-            queue_.push_back({std::shared_ptr<const void>{std::move(thing)}, epoch.stamp(), idleCalls});
+            queue_.push_back(
+                {std::shared_ptr<const void>{std::move(thing)}, epoch.stamp(), idleCalls});
     }
     /// Once an idle call.
     void tick(const RenderEpoch& epoch) {

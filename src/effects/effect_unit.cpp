@@ -40,7 +40,7 @@ void EffectUnit::setTempo(float beatsPerMinute, double beatsPerSample) {
     if (!std::isfinite(samplesPerBeat) || !std::isfinite(60.0f / beatsPerMinute)) return;
     beatsPerSample_ = beatsPerSample;
     samplesPerBeat_ = samplesPerBeat;
-    secondsPerBeat_ = 60.0f / beatsPerMinute;
+    secondsPerBeat_ = 60.0 / beatsPerMinute;
     if (ready_) tempoChanged();
 }
 

@@ -70,8 +70,8 @@ class EffectUnit {
     virtual void tempoChanged() { update(2); }
 
     float rate() const { return rate_; }
-    float samplesPerBeat() const { return samplesPerBeat_; }  // 22050 before the first tempo
-    float secondsPerBeat() const { return secondsPerBeat_; }  // 0.5 before the first tempo
+    float samplesPerBeat() const { return samplesPerBeat_; }   // 22050 before the first tempo
+    double secondsPerBeat() const { return secondsPerBeat_; }  // 0.5 before the first tempo
     double beatsPerSample() const { return beatsPerSample_; }
     /// Tail from now on, for types whose tail follows a line or a parameter.
     void setTail(std::int32_t samples) { tailSamples_ = samples; }
@@ -86,7 +86,8 @@ class EffectUnit {
     const EffectType& type_;
     std::array<float, effectParameters> values_{};
     float rate_ = 44100.0f;
-    float samplesPerBeat_ = 22050.0f, secondsPerBeat_ = 0.5f;
+    float samplesPerBeat_ = 22050.0f;
+    double secondsPerBeat_ = 0.5;
     double beatsPerSample_ = 1.0 / 22050.0;
     std::uint32_t seed_ = 1;
     Random random_;

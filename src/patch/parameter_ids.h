@@ -44,6 +44,7 @@ inline constexpr int firstSlotKnob = 145;        // of two slots
 inline constexpr int firstBlock = 17, lastBlock = 48;
 inline constexpr int velocityMapMode = 17, bank = 18, item = 19;  // "Sample"
 inline constexpr int analogTable = 34;                            // "Analog"
+inline constexpr int fmVelocityToDecay = 36;                      // "FM"
 inline constexpr int formant = 22;                                // "Sample"
 inline constexpr int drumKitBanks = 10;                           // sample banks below are kits
 inline constexpr int keyLow = 49, keyHigh = 50, keyFade = 51;

@@ -206,6 +206,7 @@ void startVoice(PartState& part, int slot, const VoiceNote& note, float gain, in
     voice.startStamp = part.eventCounter;
     voice.unisonIndex = unisonIndex;
     voice.startGain = gain;
+    voice.note = note.note;
     setNotePitch(part, voice, note);
     voice.random = Random{part.random.seed()};
     voice.randomValue = voice.random.bipolar();

@@ -12,11 +12,13 @@
 #include "voice/analog/analog_voice.h"
 #include "voice/drawbar/drawbar_voice.h"
 #include "voice/envelope.h"
+#include "voice/fm/fm_voice.h"
 #include "voice/lfo.h"
 #include "voice/modulation_envelope.h"
 #include "voice/modulation_slot.h"
 #include "voice/part_clock.h"
 #include "voice/sample/sample_voice.h"
+#include "voice/wavetable/wavetable_voice.h"
 
 namespace stratovane {
 
@@ -65,6 +67,7 @@ struct Voice {
     std::uint32_t elementChanges = 0;        // the element's counter as last seen
     std::int32_t startStamp = 0;             // event counter at note-on or release
     int unisonIndex = 0;                     // 0 without unison, else 1..n
+    int note = 60;                           // key number it was started for
     float velocity = 0;                      // normalised, -1..1; 0 when the element ignores it
     float notePitch = 0;                     // relative to middle C
     float basePitch = 0;                     // of middle C in units of the sound's phase per sample
@@ -96,6 +99,8 @@ struct Voice {
     AnalogVoice analog;
     SampleVoice sample;
     DrawbarVoice drawbar;
+    WavetableVoice wavetable;
+    FmVoice fm;
 
     // Rendered ahead
     VoiceTick ticks[2];

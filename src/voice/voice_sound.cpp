@@ -2,18 +2,34 @@
 
 #include <cmath>
 
+#include "patch/parameter_ids.h"
 #include "voice/note_sound.h"
 #include "voice/part_state.h"
 #include "voice/start_sound.h"
 
 // A type that sounds has a case in each of these functions and a member in Voice.
 namespace stratovane {
+namespace {
+
+/// The table that a starting voice plays; null while it is not in memory.
+const Wavetable* chosenTable(const Voice& voice) {
+    return voice.chosen == nullptr ? nullptr : voice.chosen->get<Wavetable>();
+}
+
+FmVoice::Note fmNote(const Voice& voice) {
+    const float velocityToDecay = voice.element->stored(elementIndex::fmVelocityToDecay);
+    return {voice.note, voice.velocity, (0.5f - velocityToDecay) * 8 * voice.velocity};
+}
+
+}  // namespace
 
 bool canSound(const Element& element) {
     switch (element.type()) {
         case ElementType::analog:
         case ElementType::sample:
         case ElementType::drawbar:
+        case ElementType::wavetable:
+        case ElementType::fm:
             return true;
         default:
             return false;
@@ -47,7 +63,17 @@ float startSound(const PartState& part, Voice& voice, const VoiceNote& note) {
             // Its phase counts half periods: twice the note's frequency.
             voice.basePitch = part.middleCPitch + octavePitch;
             voice.analog.start(voice.controls(), voice.velocity, static_cast<float>(part.rate),
-                               voice.random);
+                               voice.random, chosenTable(voice));
+            return 1;
+        case ElementType::wavetable:
+            voice.wavetable.start(voice.controls(), chosenTable(voice), voice.velocity,
+                                  voice.random);
+            voice.basePitch = part.middleCPitch + (voice.wavetable.runsTwice() ? octavePitch : 0);
+            return voice.wavetable.levelFactor();
+        case ElementType::fm:
+            voice.basePitch = part.middleCPitch + octavePitch;
+            voice.fm.start(voice.controls(), fmNote(voice), static_cast<float>(part.rate),
+                           voice.random);
             return 1;
         case ElementType::sample:
             return startSample(part, voice, note);
@@ -67,6 +93,10 @@ void refreshSound(const PartState& part, Voice& voice) {
             return voice.sample.refresh(voice.controls());
         case ElementType::drawbar:
             return voice.drawbar.refresh(voice.controls());
+        case ElementType::wavetable:
+            return voice.wavetable.refresh(voice.controls());
+        case ElementType::fm:
+            return voice.fm.refresh(voice.controls(), static_cast<float>(part.rate));
         default:
             return;
     }
@@ -95,6 +125,16 @@ void renderSound(Voice& voice, VoiceTick& tick) {
             voice.drawbar.tick(phasePerSample, filter);
             voice.drawbar.render(samples);
             voice.filterInput = voice.drawbar.filterInput();
+            return;
+        case ElementType::wavetable:
+            voice.wavetable.tick(phasePerSample, in.shape1, in.shape2, filter);
+            voice.wavetable.render(samples);
+            voice.filterInput = voice.wavetable.filterInput();
+            return;
+        case ElementType::fm:
+            voice.fm.tick(phasePerSample, in.shape1, filter);
+            voice.fm.render(samples);
+            voice.filterInput = voice.fm.filterInput();
             return;
         default:
             return;

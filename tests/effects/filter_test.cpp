@@ -74,6 +74,10 @@ TEST(ParametricEq, PeaksWhereAndAsHighAsShown) {
     EXPECT_NEAR(gainAt(second, 1000), 20, 1.0);
     const Signal flat = response(parametricEq, {secondFlat});
     EXPECT_EQ(std::count(flat.begin() + 1, flat.end(), 0.0f), 8191);
+    // Next to flat is flat from the first sample on.
+    EffectRun nearlyFlat{parametricEq, {{2, 0.502f}, secondFlat}, rate};
+    const Signal fresh = nearlyFlat(impulse(2048, 1, 1)).left;
+    EXPECT_EQ(std::count(fresh.begin() + 1, fresh.end(), 0.0f), 2047);
     // Wide bands are wider, at half their gain.
     const auto skirt = [&](float width) {
         return gainAt(response(parametricEq, {{2, 0.75f}, {3, 0.5556f}, {4, width}, secondFlat}),

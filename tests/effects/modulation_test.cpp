@@ -599,6 +599,31 @@ TEST(Modulation, PitchIsShiftedByRatioAndCents) {
     }
 }
 
+// Rounding errors of many small steps would add up to whole samples and turns.
+TEST(Modulation, StaysInTimeWhenItRunsLong) {
+    // Tremolo at 192 kHz: gains at its ticks, some two hundred turns on.
+    const Stereo swing = Rig(50, {{0, 1}, {2, 1}, {4, 0.25f}}, 192000).play(Signal(1920000, 1.0f));
+    const double turnsPerTick = std::exp(2.995732) * 256 / 192000;
+    double worst = 0;
+    for (int tick = 7000; tick < 7400; ++tick) {
+        const double turns = std::fmod(turnsPerTick * tick, 1.0);
+        const double gain = std::min(6 * std::min(turns, 1 - turns), 1.5);
+        worst = std::max(worst, std::fabs(double(swing.left[std::size_t(tick) * 256]) - gain));
+    }
+    EXPECT_LT(worst, 1e-5);
+
+    // Detune: with a whole number of cycles in a grain it shows the wandering delay as a phase.
+    const double hz = 20 * rate / 992, perSample = std::exp2(0.25 / 24) - 1;
+    const Stereo y = Rig(61, {{0, 1}, {2, 0.5f}, {3, 0.5f}}).play(sine(hz, 20));
+    worst = 0;
+    for (std::size_t i = y.left.size() - 2000; i < y.left.size(); ++i) {
+        const double delayed = double(i) - perSample * double(i + 1);
+        const double expected = std::sin(2 * pi * hz / rate * delayed);
+        worst = std::max(worst, std::fabs(double(y.left[i]) - expected));
+    }
+    EXPECT_LT(worst, 5e-3);
+}
+
 TEST(Modulation, PitchShiftRoutesItsEchoes) {
     // No shift; an impulse on the left, heard through 0.25 s and half a grain of 5 ms.
     struct Case {

@@ -205,7 +205,7 @@ TEST_F(Effects, SongsGetThemBehindTheirPatch) {
             .starts_with("mains 1|i|effect 0: 10 1 0 0.25 0.5 0.5 1 0.5 0.5 0.5 0.5 0.5 0.5|"
                          "i|effect 0: 3 "))
         << log_;
-    EXPECT_LT(log_.rfind("effect"), log_.find("render"));
+    EXPECT_LT(log_.rfind("effect"), log_.find("midi"));
     sound("--tail none --channel 4 --effect Phaser");
     EXPECT_NE(log_.find("\neffect 3: 40 "), std::string::npos) << log_;
     EXPECT_EQ(run("--effect Phaser", "FAKE_MODE=full"), 3);

@@ -117,6 +117,8 @@ bool PluginHost::addEffect(int part, EffectChoice effect) {
     const std::intptr_t element =
         request(Opcode::vendorSpecific, fourCharacters("fxad"), part, &effect);
     settle();
+    // A patch is taken over at the start of a block, one a block: this one before the next is made.
+    record_->processReplacing(record_, nullptr, pointers_.data(), 0);
     return element > 0;
 }
 

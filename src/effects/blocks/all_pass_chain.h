@@ -8,22 +8,23 @@
 namespace stratovane {
 
 /// At ±1 a stage would stop losing what it holds; targets are kept off by this much.
-inline float allPassCoefficient(float c) { return std::clamp(c, -0.999f, 0.999f); }
+inline double allPassCoefficient(double c) { return std::clamp(c, -0.999, 0.999); }
 
 /// One stage: y = c x + s, then s = x - c y. Unity gain at all frequencies, -90 degrees where
-/// tan(pi f / rate) = (1 + c) / (1 - c).
-inline float allPassStage(float& state, float x, float c) {
-    const float y = x * c + state;
+/// tan(pi f / rate) = (1 + c) / (1 - c). In double: near -1 a stage gathers the rounding of
+/// hundreds of samples, and a phaser feeds it back.
+inline double allPassStage(double& state, double x, double c) {
+    const double y = x * c + state;
     state = x - y * c;
     return y;
 }
 
 template <std::size_t stages>
 struct AllPassChain {
-    std::array<float, stages> states{};
+    std::array<double, stages> states{};
 
-    float step(float x, float c) {
-        for (float& state : states) x = allPassStage(state, x, c);
+    double step(double x, double c) {
+        for (double& state : states) x = allPassStage(state, x, c);
         return x;
     }
 };

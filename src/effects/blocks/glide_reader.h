@@ -8,7 +8,8 @@
 namespace stratovane {
 
 /// Reads between neighbouring entries of a line; delay is the distance to the write index plus a
-/// fraction. Call order per sample: write the line, `read`, `move`, step the line.
+/// fraction. Call order per sample: write the line, `read`, `move`, step the line. In double: at
+/// high rates a float delay has no digits left for the place between two samples.
 class GlideReader {
   public:
     /// At the write index, standing still against it.
@@ -18,12 +19,12 @@ class GlideReader {
     }
     /// Aims at a delay of `target` samples, to be reached in `samples` samples. The pointer never
     /// turns against the write direction.
-    void aim(float target, int samples, int writeIndex, int lineSize) {
+    void aim(double target, int samples, int writeIndex, int lineSize) {
         int distance = index_ - writeIndex;
         if (distance < 0) distance += lineSize;
         if (distance == lineSize - 1) distance = -1;  // rounding may step past the write index
-        const float way = target - fraction_ - static_cast<float>(distance);
-        speed_ = std::min(way / static_cast<float>(samples) - 1.0f, 0.0f);
+        const double way = target - fraction_ - distance;
+        speed_ = std::min(way * (1.0 / samples) - 1, 0.0);
     }
     template <class T>
     int nextIndex(const CircularLine<T>& line) const {
@@ -31,20 +32,16 @@ class GlideReader {
     }
     float read(const Line& line) const {
         const float here = line.entry(index_);
-        return here + (line.entry(nextIndex(line)) - here) * fraction_;
+        return here + (line.entry(nextIndex(line)) - here) * static_cast<float>(fraction_);
     }
     StereoFrame read(const StereoLine& line) const {
-        const StereoFrame here = line.entry(index_), next = line.entry(nextIndex(line));
-        return {here.left + (next.left - here.left) * fraction_,
-                here.right + (next.right - here.right) * fraction_};
+        return between(line.entry(index_), line.entry(nextIndex(line)));
     }
     /// As `read`, `offset` frames (0..size - 1) further behind.
     StereoFrame read(const StereoLine& line, int offset) const {
         const int n = line.size();
         const int i = index_ + offset >= n ? index_ + offset - n : index_ + offset;
-        const StereoFrame here = line.entry(i), next = line.entry(i + 1 == n ? 0 : i + 1);
-        return {here.left + (next.left - here.left) * fraction_,
-                here.right + (next.right - here.right) * fraction_};
+        return between(line.entry(i), line.entry(i + 1 == n ? 0 : i + 1));
     }
     void move(int lineSize) {
         fraction_ += speed_;
@@ -55,9 +52,15 @@ class GlideReader {
     }
 
   private:
+    StereoFrame between(StereoFrame here, StereoFrame next) const {
+        const auto share = static_cast<float>(fraction_);
+        return {here.left + (next.left - here.left) * share,
+                here.right + (next.right - here.right) * share};
+    }
+
     int index_ = 0;
-    float fraction_ = 0;
-    float speed_ = 0;  // per sample, -1 keeps the delay
+    double fraction_ = 0;
+    double speed_ = 0;  // per sample, -1 keeps the delay
 };
 
 }  // namespace stratovane

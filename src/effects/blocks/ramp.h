@@ -4,18 +4,17 @@
 namespace stratovane {
 
 /// Call order per sample: use `value`, then `advance`. After `samples` samples the value has
-/// arrived.
+/// arrived. In double, so that it arrives where it should: close to -1 an all-pass coefficient has
+/// no digits to lose.
 struct Ramp {
-    float value = 0;
-    float perSample = 0;
+    double value = 0;
+    double perSample = 0;
 
-    void reset(float start) {
+    void reset(double start) {
         value = start;
         perSample = 0;
     }
-    void aim(float target, int samples) {
-        perSample = (target - value) * (1.0f / static_cast<float>(samples));
-    }
+    void aim(double target, int samples) { perSample = (target - value) * (1.0 / samples); }
     void advance() { value += perSample; }
 };
 

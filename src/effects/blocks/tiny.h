@@ -6,6 +6,9 @@
 namespace stratovane {
 
 /// For states kept between blocks: below 1e-8 they are 0.
-inline float zeroWhenTiny(float state) { return std::fabs(state) < 1e-8f ? 0.0f : state; }
+template <class T>
+T zeroWhenTiny(T state) {
+    return std::fabs(state) < T(1e-8) ? T(0) : state;
+}
 
 }  // namespace stratovane

@@ -28,14 +28,16 @@ class DuckingDelay final : public EchoUnit {
     float target_ = 0;  // what input adds to it
     float threshold_ = 0, attack_ = 0, release_ = 0;
     // State.
-    float envelope_ = 0, damped_ = 0, low_ = 0;
+    double envelope_ = 0;  // slow ones gather steps too small for a float
+    float damped_ = 0, low_ = 0;
     // Lines.
     Line line_;
 
     bool prepare() override { return line_.resize(static_cast<int>(rate() * lineSeconds)); }
     void reset() override {
         line_.clear();
-        envelope_ = damped_ = low_ = 0;
+        envelope_ = 0;
+        damped_ = low_ = 0;
         setEchoTail(line_.size());
     }
     void update(int changed) override {
@@ -80,16 +82,16 @@ class DuckingDelay final : public EchoUnit {
         const EchoTaps taps = taps_;
         const bool leftIsLonger = taps.left > taps.right;
         // An envelope left over from another Depth must not lift the loop above unity.
-        float envelope = std::min(envelope_, 1 - base + 1e-8f);
+        double envelope = std::min(envelope_, 1.0 - base + 1e-8);
         float damped = damped_, low = low_;
         for (StereoFrame& f : io) {
-            const float gain = envelope + base;
+            const auto gain = static_cast<float>(envelope + base);
             const float left = line_.tap(taps.left) * gain, right = line_.tap(taps.right) * gain;
             const float in = f.left + f.right;
             f.left = dry * f.left + wet * left;
             f.right = dry * f.right + wet * right;
             if (std::fabs(in) <= threshold)
-                envelope += (1e-8f - envelope) * release;
+                envelope += (1e-8 - envelope) * release;
             else
                 envelope += (target - envelope) * attack;
             lowpass(damped, feedback * (leftIsLonger ? left : right) + in, damping);

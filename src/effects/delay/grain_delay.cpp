@@ -18,14 +18,14 @@ namespace stratovane {
 namespace {
 
 constexpr float lineSeconds = 3.0f;
-constexpr float keyNought = 16.351599f;  // Hz of pitch 0
+constexpr double keyNought = 16.351599;  // Hz of pitch 0
 constexpr float keytrackLimit = 0.01f;   // "Grain" below it follows the key
 
-float grainMilliseconds(float v) { return std::exp(4.60517f * v + 0.69315f); }
+double grainMilliseconds(float v) { return std::exp(4.60517 * v + 0.69315); }
 
-float freeSeconds(float v) { return 0.999f * (v * v) + 0.001f; }
+double freeSeconds(float v) { return 0.999 * v * v + 0.001; }
 
-float squareFromMiddle(float v) { return (v - 0.5f) * (v - 0.5f); }
+double squareFromMiddle(float v) { return (v - 0.5) * (v - 0.5); }
 
 /// Reads a line between its entries, at a speed of its own. Positions are places in memory, double
 /// because a float that counts a line of this length has hardly any bits left for fractions.
@@ -68,14 +68,16 @@ class GrainDelay final : public EffectUnit {
 
     // Coefficients.
     float dry_ = 1, wet_ = 0, feedback_ = 0, blocker_ = 0;
-    float delaySeconds_ = 0;
-    float grainsPerSample_ = 1;  // when no key sets it
-    float follow_ = 0;           // of the input envelope
-    float cyclesPerSample_ = 0;  // of the LFO
+    double delaySeconds_ = 0;
+    double grainsPerSample_ = 1;  // when no key sets it
+    float follow_ = 0;            // of the input envelope
+    double cyclesPerSample_ = 0;  // of the LFO
     // State.
     Grain now_, before_;
-    float clock_ = -1;  // 1 at the start of a grain, 0 at its end
-    float envelope_ = 0, phase_ = 0;
+    // Clock and phase add up minute steps; in float, grains would start frames early or late.
+    double clock_ = -1;    // 1 at the start of a grain, 0 at its end
+    double phase_ = 0;     // of the LFO, 0..1
+    double envelope_ = 0;  // of the input; slow ones gather steps too small for a float
     bool alternate_ = false;
     float offsetLeft_ = 0, offsetRight_ = 0;  // what the blocker takes away
     // Lines.
@@ -86,7 +88,8 @@ class GrainDelay final : public EffectUnit {
         line_.clear();
         now_ = before_ = {};
         clock_ = -1;
-        envelope_ = phase_ = offsetLeft_ = offsetRight_ = 0;
+        phase_ = envelope_ = 0;
+        offsetLeft_ = offsetRight_ = 0;
         alternate_ = false;
         setTail(type().tail.samples + line_.size());
     }
@@ -107,10 +110,10 @@ class GrainDelay final : public EffectUnit {
                 feedback_ = std::min(0.999f * v, 0.9995f - 0.5f * blocker_);
                 break;
             case Length:
-                grainsPerSample_ = 1 / (grainMilliseconds(v) * 0.001f * rate());
+                grainsPerSample_ = 1000 / (grainMilliseconds(v) * rate());
                 break;
             case ModRate:
-                cyclesPerSample_ = rateHz(v) / rate();
+                cyclesPerSample_ = lfoHz(v) / rate();
                 follow_ =
                     onePoleCoefficient(static_cast<double>((1 - v) * (1 - v) * 5000 + 10), rate());
                 break;
@@ -120,16 +123,17 @@ class GrainDelay final : public EffectUnit {
     }
     void updateTime() {
         const float v = parameter(Time);
-        float seconds = freeSeconds(v);
+        double seconds = freeSeconds(v);
         if (isOn(parameter(Sync)))
             for (seconds = secondsPerBeat() / tempoDivision(1.0f - v).perBeat; seconds >= 1;)
-                seconds *= 0.5f;
+                seconds *= 0.5;
         delaySeconds_ = seconds;
     }
-    float grainsPerSampleNow() const {
+    double grainsPerSampleNow() const {
         const bool tracks = parameter(Length) < keytrackLimit && keys() != nullptr &&
                             keys()->pitch > KeySource::noKey;
-        return tracks ? std::exp(keys()->pitch) * keyNought / rate() : grainsPerSample_;
+        return tracks ? std::exp(static_cast<double>(keys()->pitch)) * keyNought / rate()
+                      : grainsPerSample_;
     }
     /// Modulation of a grain, 0..1: random above the middle, alternating up to it. Always a draw,
     /// so that one modulator does not shift another's numbers.
@@ -137,40 +141,38 @@ class GrainDelay final : public EffectUnit {
         const float drawn = random().unipolar();
         return parameter(slot) > 0.5f ? drawn : alternate_ ? 1.0f : 0.0f;
     }
-    Grain startGrain(float length) {
+    Grain startGrain(double length) {
         alternate_ = !alternate_;
         const float pitchMod = modulator(PitchMod1), delayMod = modulator(DelayMod);
         const float panMod = modulator(PanMod);
-        const float sweep = parameter(PitchMod2) > 0.5f
-                                ? std::sin(2 * std::numbers::pi_v<float> * phase_)
-                                : 2 * envelope_;
-        const float pitch =
-            parameter(Pitch) + 2 * (pitchMod - 0.5f) * squareFromMiddle(parameter(PitchMod1));
-        const float speed = 2 - 4 * pitch - 4 * squareFromMiddle(parameter(PitchMod2)) * sweep;
-        const float bounded = std::min(std::max(speed, -2.0f), 2.0f);
-        const float delay =
-            (squareFromMiddle(parameter(DelayMod)) * delayMod * 1.996f + delaySeconds_) * rate();
+        const double sweep =
+            parameter(PitchMod2) > 0.5f ? std::sin(2 * std::numbers::pi * phase_) : 2 * envelope_;
+        const double pitch =
+            parameter(Pitch) + 2 * (pitchMod - 0.5) * squareFromMiddle(parameter(PitchMod1));
+        const double speed = 2 - 4 * pitch - 4 * squareFromMiddle(parameter(PitchMod2)) * sweep;
+        const double bounded = std::clamp(speed, -2.0, 2.0);
+        const double delay =
+            (squareFromMiddle(parameter(DelayMod)) * delayMod * 1.996 + delaySeconds_) * rate();
         // A grain sounds for two lengths, in which it must not overtake the write position.
-        const float start = std::max(delay, 2 * length * (-1 - bounded) + 1);
+        const double start = std::max(delay, 2 * length * (-1 - bounded) + 1);
 
         Grain grain;
-        grain.speed = static_cast<double>(bounded);
-        grain.position = std::fmod(line_.writeIndex() + static_cast<double>(start),
-                                   static_cast<double>(line_.size()));
+        grain.speed = bounded;
+        grain.position = std::fmod(line_.writeIndex() + start, static_cast<double>(line_.size()));
         grain.pan = 2 * (panMod - 0.5f) * (parameter(PanMod) - 0.5f) + 0.5f;
         return grain;
     }
     void render(std::span<StereoFrame> io, double) override {
         const float dry = dry_, wet = wet_, feedback = feedback_, blocker = blocker_;
-        const float grainsPerSample = grainsPerSampleNow();
-        const float follow = follow_, cyclesPerSample = cyclesPerSample_;
+        const double grainsPerSample = grainsPerSampleNow(), cyclesPerSample = cyclesPerSample_;
+        const float follow = follow_;
         const int size = line_.size();
         Grain now = now_, before = before_;
-        float clock = clock_, envelope = envelope_, phase = phase_;
+        double clock = clock_, phase = phase_, envelope = envelope_;
         float offsetLeft = offsetLeft_, offsetRight = offsetRight_;
         for (StereoFrame& f : io) {
             const float in = f.left + f.right;
-            lowpass(envelope, std::fabs(in), follow);
+            envelope += (std::fabs(in) - envelope) * follow;
             phase += cyclesPerSample;
             if (phase >= 1) phase -= 1;
             if (clock <= 0) {
@@ -180,7 +182,7 @@ class GrainDelay final : public EffectUnit {
                 phase_ = phase;
                 now = startGrain(1 / grainsPerSample);
             }
-            const float fading = clock * clock;
+            const auto fading = static_cast<float>(clock * clock);
             const float a = (1 - fading) * now.read(line_) * wet;
             const float b = fading * before.read(line_) * wet;
             const float left =

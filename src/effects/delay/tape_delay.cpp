@@ -29,18 +29,18 @@ class Wow {
   public:
     void reset() { *this = Wow{}; }
     /// Distances stay within 1..`farthest` samples, a draw away at most `depth`.
-    float step(float x, float depth, float farthest, Random& random) {
+    float step(float x, double depth, double farthest, Random& random) {
         entries_[static_cast<std::size_t>(write_)] = x;
         const float here = entries_[static_cast<std::size_t>(read_)];
         const float next = entries_[static_cast<std::size_t>((read_ + 1) & mask)];
-        const float y = here + (next - here) * fraction_;
+        const float y = here + (next - here) * static_cast<float>(fraction_);
         for (fraction_ += speed_; fraction_ < 0; fraction_ += 1) read_ = (read_ - 1) & mask;
         write_ = (write_ - 1) & mask;
         if (write_ == mask) {
-            const float distance = static_cast<float>((read_ - write_) & mask) + fraction_;
-            const float target = random.bipolar() * depth + distance;
-            const float bounded = std::min(std::max(target, 1.0f), farthest);
-            speed_ = (bounded - distance) * (1.0f / size) - 1;
+            const double distance = ((read_ - write_) & mask) + fraction_;
+            const double target = random.bipolar() * depth + distance;
+            const double bounded = std::min(std::max(target, 1.0), farthest);
+            speed_ = (bounded - distance) * (1.0 / size) - 1;
         }
         return y;
     }
@@ -49,8 +49,8 @@ class Wow {
     static constexpr int size = 256, mask = size - 1;
     std::array<float, size> entries_{};
     int write_ = 0, read_ = 0;
-    float fraction_ = 0;
-    float speed_ = -1;  // per sample, -1 keeps the distance
+    double fraction_ = 0;  // in double: distances add up draw by draw, errors with them
+    double speed_ = -1;    // per sample, -1 keeps the distance
 };
 
 class TapeDelay final : public EffectUnit {
@@ -65,12 +65,12 @@ class TapeDelay final : public EffectUnit {
     float dry_ = 1, wet_ = 0, feedback_ = 0;
     float treble_ = 1, lowCut_ = 0;  // of what is recorded
     float saturation_ = 0;           // how fast the tape's level is followed
-    float wowDepth_ = 0, wowFarthest_ = 1;
+    double wowDepth_ = 0, wowFarthest_ = 1;
     float pan_ = 0.5f, level_ = 0;  // of heads 3 and 4
     float baseSamples_ = 4410;
     std::array<int, heads> headTaps_{};
     // State.
-    float level34_ = 1;  // followed level of heads 3 and 4, at least 1
+    double level34_ = 1;  // followed level of heads 3 and 4, at least 1
     float recorded_ = 0, low_ = 0;
     Wow wow_;
     // Lines.
@@ -100,8 +100,8 @@ class TapeDelay final : public EffectUnit {
                 treble_ = onePoleCoefficient(static_cast<double>(57000 - 50000 * v), rate());
                 lowCut_ = onePoleCoefficient(static_cast<double>(5000 * v), rate());
                 saturation_ = onePoleCoefficient(static_cast<double>(std::exp(6.9f * v)), rate());
-                wowFarthest_ = rate() * 0.000125f;
-                wowDepth_ = v * v * rate() * 0.000125f;
+                wowFarthest_ = rate() * 0.000125;
+                wowDepth_ = wowFarthest_ * v * v;
                 break;
             case Pan34:
                 pan_ = 0.5f - 0.5f * v;
@@ -135,9 +135,10 @@ class TapeDelay final : public EffectUnit {
     void render(std::span<StereoFrame> io, double) override {
         const float dry = dry_, wet = wet_, feedback = feedback_, pan = pan_, level = level_;
         const float treble = treble_, lowCut = lowCut_, saturation = saturation_;
-        const float wowDepth = wowDepth_, wowFarthest = wowFarthest_;
+        const double wowDepth = wowDepth_, wowFarthest = wowFarthest_;
         const auto taps = headTaps_;
-        float followed = level34_, recorded = recorded_, low = low_;
+        double followed = level34_;  // a slow one gathers steps too small for a float
+        float recorded = recorded_, low = low_;
         for (StereoFrame& f : io) {
             const float h1 = tape_.tap(taps[0]), h2 = tape_.tap(taps[1]);
             const float h3 = tape_.tap(taps[2]), h4 = tape_.tap(taps[3]);
@@ -147,8 +148,8 @@ class TapeDelay final : public EffectUnit {
             f.right = f.right * dry + ((sum - panned) * level + h1) * wet;
 
             const float loud = 3 * std::fabs(sum);
-            followed -= (followed - (loud > followed ? loud : 1)) * saturation;
-            const float back = sum / followed * feedback;
+            followed -= (followed - (loud > followed ? loud : 1.0f)) * saturation;
+            const float back = static_cast<float>(sum / followed) * feedback;
             const float cut = highpass(low, in + back, lowCut);
             lowpass(recorded, cut + back, treble);
             tape_.write(wow_.step(recorded, wowDepth, wowFarthest, random()));

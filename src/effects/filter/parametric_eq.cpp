@@ -52,18 +52,19 @@ class Band {
     }
     void reset() {
         amount_ = 0;
+        running_ = false;
         left_ = right_ = {};
     }
-    /// Once a block: the amount glides, so that a turned gain does not crackle.
+    /// Once a block: the amount glides, so that a turned gain does not crackle. A band turned to
+    /// nothing runs until it has arrived; one at next to nothing does not start.
     void glide() {
         amount_ += (target_ - amount_) * 0.1f;
         if (std::fabs(target_ - amount_) < 0.001f) amount_ = target_;
+        running_ = std::fabs(target_) > 0.01f || (running_ && amount_ != target_);
+        if (!running_) left_ = right_ = {};
     }
     void render(std::span<StereoFrame> io) {
-        if (std::fabs(target_) <= 0.01f && amount_ == target_) {  // inaudible
-            left_ = right_ = {};
-            return;
-        }
+        if (!running_) return;
         const float q = damping_, f = frequency_, amount = amount_;
         State left = left_, right = right_;
         const auto peak = [=](float x, State& s) {
@@ -87,6 +88,7 @@ class Band {
     float damping_ = 1, frequency_ = 0;
     // State.
     float amount_ = 0;
+    bool running_ = false;
     State left_, right_;
 };
 

@@ -17,9 +17,9 @@ namespace {
 enum { Mix, Sync, Rate, Depth, PreDelay };
 constexpr int tickSamples = 256;
 constexpr float lineSeconds = 0.05f;
-constexpr float preDelaySeconds = 0.024f;
-constexpr float radiansPerHz = 677.2988f;  // per tick, over the sample rate: 0.42 turns a cycle
-constexpr float rightSpeed = 1.41f;        // of the left LFO
+constexpr double preDelaySeconds = 0.024;
+constexpr double radiansPerHz = 677.2988;  // per tick, over the sample rate: 0.42 turns a cycle
+constexpr double rightSpeed = 1.41;        // of the left LFO
 
 class Chorus final : public EffectUnit {
   public:
@@ -27,11 +27,11 @@ class Chorus final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;          // radians
-    float depth_ = 0, preDelay_ = 1;  // samples
+    double phasePerTick_ = 0;          // radians
+    double depth_ = 0, preDelay_ = 1;  // samples
 
     ControlTick tick_;
-    float leftPhase_ = 0, rightPhase_ = 0;  // radians
+    double leftPhase_ = 0, rightPhase_ = 0;  // radians
     GlideReader left_, right_;
 
     Line line_;
@@ -50,10 +50,10 @@ class Chorus final : public EffectUnit {
             dry_ = dryGain(v);
             wet_ = wetGain(v) * 0.5f;
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * radiansPerHz / rate();
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * radiansPerHz / rate();
         if (changed == Rate || changed == Depth)
-            depth_ = chorusDepth(rateHz(parameter(Rate)), parameter(Depth), rate(), 0.5f);
-        if (changed == PreDelay) preDelay_ = v * rate() * preDelaySeconds + 1.0f;
+            depth_ = chorusDepth(lfoHz(parameter(Rate)), parameter(Depth), rate(), 0.5);
+        if (changed == PreDelay) preDelay_ = preDelaySeconds * v * rate() + 1;
     }
     void render(std::span<StereoFrame> io, double) override {
         const float dry = dry_, wet = wet_;
@@ -64,9 +64,9 @@ class Chorus final : public EffectUnit {
             if (tick.due(tickSamples)) {
                 advancePhase(leftPhase_, phasePerTick_, twoPi);
                 advancePhase(rightPhase_, rightSpeed * phasePerTick_, twoPi);
-                left.aim(preDelay_ + depth_ * (std::sin(leftPhase_) + 1.0f), tickSamples,
+                left.aim(preDelay_ + depth_ * (std::sin(leftPhase_) + 1), tickSamples,
                          line_.writeIndex(), size);
-                right.aim(preDelay_ + depth_ * (std::cos(rightPhase_) + 1.0f), tickSamples,
+                right.aim(preDelay_ + depth_ * (std::cos(rightPhase_) + 1), tickSamples,
                           line_.writeIndex(), size);
             }
             line_.write(f.left + f.right);

@@ -16,8 +16,8 @@ namespace {
 enum { Mix, Sync, Rate, Depth, Balance, ReverbTime, PreDelay, Damping, LowCut, HighCut };
 constexpr int tickSamples = 256;
 constexpr float lineSeconds = 0.05f;
-constexpr float chorusDelaySeconds = 0.006f;
-constexpr float phasePerHz = 256.0f;  // per tick, over the sample rate
+constexpr double chorusDelaySeconds = 0.006;
+constexpr double phasePerHz = 256.0;  // per tick, over the sample rate
 constexpr int hallNumber = 1, hallMix = 0;
 constexpr int hallShift = 3;  // our 5..9 are the hall's 2..6
 
@@ -27,11 +27,11 @@ class ChorusReverb final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;
-    float depth_ = 0, delay_ = 1;  // samples
+    double phasePerTick_ = 0;
+    double depth_ = 0, delay_ = 1;  // samples
 
     ControlTick tick_;
-    float phase_ = 0;  // 0..2
+    double phase_ = 0;  // 0..2
     GlideReader left_, right_;
 
     Line line_;
@@ -48,7 +48,7 @@ class ChorusReverb final : public EffectUnit {
         phase_ = 0;
         left_.reset(line_.writeIndex());
         right_.reset(line_.writeIndex());
-        delay_ = rate() * chorusDelaySeconds + 1.0f;
+        delay_ = rate() * chorusDelaySeconds + 1;
     }
     void update(int changed) override {
         const float v = parameter(changed);
@@ -59,9 +59,9 @@ class ChorusReverb final : public EffectUnit {
             wet_ = wetGain(share) * 0.5f;
             hall_->setParameter(hallMix, mix * balance);
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * phasePerHz / rate();
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * phasePerHz / rate();
         if (changed == Rate || changed == Depth)
-            depth_ = chorusDepth(rateHz(parameter(Rate)), parameter(Depth), rate(), 0.5f);
+            depth_ = chorusDepth(lfoHz(parameter(Rate)), parameter(Depth), rate(), 0.5);
         if (changed >= ReverbTime && changed <= HighCut)
             hall_->setParameter(changed - hallShift, v);
     }
@@ -72,7 +72,7 @@ class ChorusReverb final : public EffectUnit {
         GlideReader left = left_, right = right_;
         for (StereoFrame& f : io) {
             if (tick.due(tickSamples)) {
-                const float way = triangle(advancePhase(phase_, phasePerTick_, 2.0f)) * depth_;
+                const double way = triangle(advancePhase(phase_, phasePerTick_, 2)) * depth_;
                 left.aim(delay_ + way, tickSamples, line_.writeIndex(), size);
                 right.aim(delay_ + depth_ - way, tickSamples, line_.writeIndex(), size);
             }

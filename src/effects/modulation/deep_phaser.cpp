@@ -15,27 +15,27 @@ namespace stratovane {
 namespace {
 
 enum { Mix, Sync, Rate, Depth, Feedback, Centre, EnvelopeMod, EnvelopeRate };
-constexpr float floorPerSecond = 20000.0f;  // where a loud input bends the sweep to, over the rate
+constexpr double floorPerSecond = 20000.0;  // where a loud input bends the sweep to, over the rate
 
 class DeepPhaser final : public EffectUnit {
   public:
     DeepPhaser() : EffectUnit{effect::deepPhaser} {}
 
   private:
-    float dry_ = 1, wet_ = 0;
-    float feedback_ = 0;      // 0..0.8
-    float bend_ = 0;          // -0.5..0.5
-    float envelopeRate_ = 0;  // per tick
-    float floor_ = 0;
+    double dry_ = 1, wet_ = 0;
+    double feedback_ = 0;      // 0..0.8
+    double bend_ = 0;          // -0.5..0.5
+    double envelopeRate_ = 0;  // per tick
+    double floor_ = 0;
 
     ControlTick tick_;
     PhaserSweep sweep_;
-    float sum_ = 0;       // of magnitudes since the last tick
-    float envelope_ = 0;  // that sum, smoothed
-    Ramp left_, right_;   // coefficients, -0.999..0.999
+    double sum_ = 0;       // of magnitudes since the last tick
+    double envelope_ = 0;  // that sum, smoothed
+    Ramp left_, right_;    // coefficients, -0.999..0.999
     AllPassChain<11> chain_;
-    float leftLast_ = 0, rightLast_ = 0;  // states of the twelfth stages
-    float output_ = 0;                    // of the left twelfth stage
+    double leftLast_ = 0, rightLast_ = 0;  // states of the twelfth stages
+    double output_ = 0;                    // of the left twelfth stage
 
     void reset() override {
         tick_.reset();
@@ -55,43 +55,43 @@ class DeepPhaser final : public EffectUnit {
         }
         if (changed == Rate) sweep_.setRate(v, rate());
         if (changed == Depth) sweep_.setDepth(v, rate());
-        if (changed == Feedback) feedback_ = 0.8f * v;
+        if (changed == Feedback) feedback_ = 0.8 * v;
         if (changed == Centre) sweep_.setCentre(v, rate());
-        if (changed == EnvelopeMod) bend_ = v - 0.5f;
+        if (changed == EnvelopeMod) bend_ = v - 0.5;
         if (changed == EnvelopeRate) {
-            const float slow = 1.0f - v;
+            const double slow = 1.0 - v;
             envelopeRate_ =
                 onePoleCoefficient(static_cast<double>(slow * slow * 5000.0f + 10.0f), rate());
         }
     }
     /// Louder input draws the sweep towards the floor, or with a negative bend down to -1.
-    float bent(float target) const {
+    double bent(double target) const {
         if (bend_ >= 0) return (target - floor_) * std::exp(-envelope_ * bend_) + floor_;
-        return (target + 1.0f) * std::exp(envelope_ * bend_) - 1.0f;
+        return (target + 1) * std::exp(envelope_ * bend_) - 1;
     }
     void render(std::span<StereoFrame> io, double) override {
-        const float dry = dry_, wet = wet_, feedback = feedback_;
+        const double dry = dry_, wet = wet_, feedback = feedback_;
         ControlTick tick = tick_;
-        float sum = sum_;
+        double sum = sum_;
         Ramp left = left_, right = right_;
         AllPassChain<11> chain = chain_;
-        float leftLast = leftLast_, rightLast = rightLast_, output = output_;
+        double leftLast = leftLast_, rightLast = rightLast_, output = output_;
         for (StereoFrame& f : io) {
             if (tick.due(phaserTickSamples)) {
                 sweep_.advance();
                 envelope_ += (sum - envelope_) * envelopeRate_;
                 sum = 0;
-                const float target = sweep_.target(0);
+                const double target = sweep_.target(0);
                 left.aim(allPassCoefficient(bent(target)), phaserTickSamples);
                 right.aim(allPassCoefficient(target), phaserTickSamples);
             }
             const float x = f.left + f.right;
             sum += std::fabs(x);
-            const float eleventh = chain.step(x - feedback * output, left.value);
+            const double eleventh = chain.step(x - feedback * output, left.value);
             output = allPassStage(leftLast, eleventh, left.value);
-            const float rightOutput = allPassStage(rightLast, eleventh, right.value);
-            f.left = dry * f.left + wet * output;
-            f.right = dry * f.right + wet * rightOutput;
+            const double rightOutput = allPassStage(rightLast, eleventh, right.value);
+            f.left = static_cast<float>(dry * f.left + wet * output);
+            f.right = static_cast<float>(dry * f.right + wet * rightOutput);
             left.advance();
             right.advance();
         }

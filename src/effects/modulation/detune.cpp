@@ -25,8 +25,8 @@ class Detune final : public EffectUnit {
         const float v = parameter(changed);
         if (changed == Mix) shifter_.setMix(v);
         if (changed == Amount) {
-            const float ratio = std::exp2(v * v / 24.0f);  // up to 50 cents
-            shifter_.setChange(ratio - 1.0f, 1.0f / ratio - 1.0f);
+            const double ratio = std::exp2(static_cast<double>(v) * v / 24);  // up to 50 cents
+            shifter_.setChange(ratio - 1, 1 / ratio - 1);
         }
         if (changed == Latency) shifter_.setSpan(v, rate());
     }

@@ -18,14 +18,14 @@ namespace {
 enum { Mix, Sync, Rate, Depth, Shimmer, Width };
 constexpr int tickSamples = 32;
 constexpr float lineSeconds = 0.05f;
-constexpr float radiansPerHz = 201.06194f * 0.842152f;  // 2 pi * 32, per tick over the sample rate
+constexpr double radiansPerHz = 32 * twoPi * 0.842152;  // per tick, over the sample rate
 
 struct Voice {
-    float offset;   // radians
-    float shimmer;  // turns of the shimmer in one of the sweep
-    float centre;   // of the sweep, in depths
+    double offset;   // radians
+    double shimmer;  // turns of the shimmer in one of the sweep
+    double centre;   // of the sweep, in depths
 };
-constexpr std::array<Voice, 3> voices{{{0, 9, 1.5f}, {2, 8, 1.5f}, {4, 7, 1.0f}}};
+constexpr std::array<Voice, 3> voices{{{0, 9, 1.5}, {2, 8, 1.5}, {4, 7, 1}}};
 
 class Ensemble final : public EffectUnit {
   public:
@@ -33,12 +33,13 @@ class Ensemble final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;  // radians
-    float depth_ = 0;         // samples
-    float shimmer_ = 0, width_ = 0;
+    double phasePerTick_ = 0;  // radians
+    double depth_ = 0;         // samples
+    double shimmer_ = 0;
+    float width_ = 0;
 
     ControlTick tick_;
-    float phase_ = 0;  // radians
+    double phase_ = 0;  // radians
     std::array<GlideReader, 3> readers_;
 
     Line line_;
@@ -56,16 +57,16 @@ class Ensemble final : public EffectUnit {
             dry_ = dryGain(v);
             wet_ = wetGain(v) * 0.2f;
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * radiansPerHz / rate();
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * radiansPerHz / rate();
         if (changed == Rate || changed == Depth)
-            depth_ = chorusDepth(rateHz(parameter(Rate)), parameter(Depth), rate(), 0.25f);
-        if (changed == Shimmer) shimmer_ = 0.25f * v * v;
+            depth_ = chorusDepth(lfoHz(parameter(Rate)), parameter(Depth), rate(), 0.25);
+        if (changed == Shimmer) shimmer_ = 0.25 * v * v;
         if (changed == Width) width_ = 1.2f * v;
     }
-    float target(const Voice& voice) const {
-        const float phase = phase_ + voice.offset;
-        return depth_ * (std::sin(phase) + (std::sin(voice.shimmer * phase) + 1.0f) * shimmer_ +
-                         voice.centre);
+    double target(const Voice& voice) const {
+        const double phase = phase_ + voice.offset;
+        return depth_ *
+               (std::sin(phase) + (std::sin(voice.shimmer * phase) + 1) * shimmer_ + voice.centre);
     }
     void render(std::span<StereoFrame> io, double) override {
         const float dry = dry_, wet = wet_, width = width_;

@@ -17,8 +17,8 @@ namespace {
 enum { Mix, Sync, Rate, Depth, Feedback, PreDelay };
 constexpr int tickSamples = 256;
 constexpr float lineSeconds = 0.025f;
-constexpr float depthSeconds = 0.012f, preDelaySeconds = 0.012f;
-constexpr float radiansPerHz = 1608.4955f;  // 2 pi * 256, per tick over the sample rate
+constexpr double depthSeconds = 0.012, preDelaySeconds = 0.012;
+constexpr double radiansPerHz = 1608.4955;  // 2 pi * 256, per tick over the sample rate
 constexpr float whisper = 1e-8f;            // keeps the loop from denormal numbers
 
 class Flanger final : public EffectUnit {
@@ -27,12 +27,12 @@ class Flanger final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;          // radians
-    float depth_ = 0, preDelay_ = 0;  // samples
-    float feedback_ = 0;              // -0.95..0
+    double phasePerTick_ = 0;          // radians
+    double depth_ = 0, preDelay_ = 0;  // samples
+    float feedback_ = 0;               // -0.95..0
 
     ControlTick tick_;
-    float phase_ = 0;  // radians
+    double phase_ = 0;  // radians
     GlideReader reader_;
     StereoFrame voice_;  // last output
 
@@ -52,10 +52,10 @@ class Flanger final : public EffectUnit {
             dry_ = dryGain(v);
             wet_ = wetGain(v) * 0.5f;
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * radiansPerHz / rate();
-        if (changed == Depth) depth_ = v * rate() * depthSeconds;
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * radiansPerHz / rate();
+        if (changed == Depth) depth_ = depthSeconds * v * rate();
         if (changed == Feedback) feedback_ = -0.95f * v;
-        if (changed == PreDelay) preDelay_ = v * rate() * preDelaySeconds;
+        if (changed == PreDelay) preDelay_ = preDelaySeconds * v * rate();
     }
     void render(std::span<StereoFrame> io, double) override {
         const float dry = dry_, wet = wet_, feedback = feedback_;

@@ -16,7 +16,7 @@ namespace {
 
 enum { Mix, Sync, Rate, Phase, Shape };
 constexpr int tickSamples = 256;
-constexpr float phasePerHz = 512.0f;  // per tick, over the sample rate
+constexpr double phasePerHz = 512;  // per tick, over the sample rate
 
 class PanTremolo final : public EffectUnit {
   public:
@@ -24,12 +24,12 @@ class PanTremolo final : public EffectUnit {
 
   private:
     float amount_ = 0;
-    float phasePerTick_ = 0;
-    float rightOffset_ = 0;                      // 0..2, a whole turn
-    float slope_ = 3, floor_ = 0, ceiling_ = 1;  // of the clipped triangle
+    double phasePerTick_ = 0;
+    double rightOffset_ = 0;                      // 0..2, a whole turn
+    double slope_ = 3, floor_ = 0, ceiling_ = 1;  // of the clipped triangle
 
     ControlTick tick_;
-    float phase_ = 0;  // 0..2
+    double phase_ = 0;  // 0..2
     Ramp left_, right_;
 
     void reset() override {
@@ -41,30 +41,30 @@ class PanTremolo final : public EffectUnit {
     void update(int changed) override {
         const float v = parameter(changed);
         if (changed == Mix) amount_ = v;
-        if (changed == Rate) phasePerTick_ = rateHz(v) * phasePerHz / rate();
-        if (changed == Phase) rightOffset_ = 2.0f * v;
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * phasePerHz / rate();
+        if (changed == Phase) rightOffset_ = 2.0 * v;
         if (changed == Shape) {
-            const float shape = (v - 0.25f) * 6.0f;
-            slope_ = std::fabs(shape) + 3.0f;
-            floor_ = std::max(shape, 0.0f);
-            ceiling_ = 1.5f + shape * 0.125f;
+            const double shape = (v - 0.25) * 6;
+            slope_ = std::fabs(shape) + 3;
+            floor_ = std::max(shape, 0.0);
+            ceiling_ = 1.5 + shape * 0.125;
         }
     }
-    float gain(float phase) const {
-        const float y = std::clamp(triangle(phase) * slope_ - floor_, 0.0f, ceiling_);
-        return (y - 1.0f) * amount_ + 1.0f;
+    double gain(double phase) const {
+        const double y = std::clamp(triangle(phase) * slope_ - floor_, 0.0, ceiling_);
+        return (y - 1) * amount_ + 1;
     }
     void render(std::span<StereoFrame> io, double) override {
         ControlTick tick = tick_;
         Ramp left = left_, right = right_;
         for (StereoFrame& f : io) {
             if (tick.due(tickSamples)) {
-                float shifted = advancePhase(phase_, phasePerTick_, 2.0f);
+                double shifted = advancePhase(phase_, phasePerTick_, 2);
                 left.aim(gain(phase_), tickSamples);
-                right.aim(gain(advancePhase(shifted, rightOffset_, 2.0f)), tickSamples);
+                right.aim(gain(advancePhase(shifted, rightOffset_, 2)), tickSamples);
             }
-            f.left *= left.value;
-            f.right *= right.value;
+            f.left *= static_cast<float>(left.value);
+            f.right *= static_cast<float>(right.value);
             left.advance();
             right.advance();
         }

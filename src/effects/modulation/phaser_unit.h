@@ -13,13 +13,13 @@ namespace stratovane {
 template <bool Twice>
 struct PhaserSide {
     AllPassChain<4> first, second;
-    float last = 0;  // output of the first chain, for the feedback
+    double last = 0;  // output of the first chain, for the feedback
 
-    float step(float x, float c, float feedback, float dry, float wet) {
+    float step(float x, double c, double feedback, double dry, double wet) {
         last = first.step(x + feedback * last, c);
-        const float mixed = dry * x + wet * last;
-        if constexpr (!Twice) return mixed;
-        return dry * mixed + wet * second.step(mixed, c);
+        double mixed = dry * x + wet * last;
+        if constexpr (Twice) mixed = dry * mixed + wet * second.step(mixed, c);
+        return static_cast<float>(mixed);
     }
 };
 
@@ -31,9 +31,9 @@ class PhaserUnit : public EffectUnit {
   private:
     enum { Mix, Sync, Rate, Depth, Feedback, Stereo, Centre };
 
-    float dry_ = 1, wet_ = 0;
-    float feedback_ = 0;     // 0..0.97
-    float rightOffset_ = 0;  // 0..2, a whole turn
+    double dry_ = 1, wet_ = 0;
+    double feedback_ = 0;     // 0..0.97
+    double rightOffset_ = 0;  // 0..2, a whole turn
 
     ControlTick tick_;
     PhaserSweep sweep_;
@@ -55,12 +55,12 @@ class PhaserUnit : public EffectUnit {
         }
         if (changed == Rate) sweep_.setRate(v, rate());
         if (changed == Depth) sweep_.setDepth(v, rate());
-        if (changed == Feedback) feedback_ = 0.97f * v;
-        if (changed == Stereo) rightOffset_ = 2.0f * v;
+        if (changed == Feedback) feedback_ = 0.97 * v;
+        if (changed == Stereo) rightOffset_ = 2.0 * v;
         if (changed == Centre) sweep_.setCentre(v, rate());
     }
     void render(std::span<StereoFrame> io, double) override {
-        const float dry = dry_, wet = wet_, feedback = feedback_;
+        const double dry = dry_, wet = wet_, feedback = feedback_;
         ControlTick tick = tick_;
         Ramp left = left_, right = right_;
         PhaserSide<Twice> leftSide = leftSide_, rightSide = rightSide_;

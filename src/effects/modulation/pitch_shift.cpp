@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/tempo_divisions.h"
 #include "effects/all_types.h"
-#include "effects/blocks/tempo_time.h"
 #include "effects/effect_displays.h"
 #include "effects/effect_unit.h"
 #include "effects/modulation/pitch_shifter.h"
@@ -27,9 +27,9 @@ constexpr Route routes[] = {{"L>L, L>R", Side::left, Side::left},
                             {"R>L, R>R", Side::right, Side::right}};
 const Route& route(float v) { return routes[choice(v, 4.9f)]; }
 
-float delaySeconds(float v) { return 0.999f * v * v + 0.001f; }
+double delaySeconds(float v) { return 0.999 * v * v + 0.001; }
 /// -1 octave .. +1 octave, as the growth of a delay per sample.
-float change(float v) { return 1.0f - std::exp2(2.0f * v - 1.0f); }
+double change(float v) { return 1 - std::exp2(2.0 * v - 1); }
 
 class PitchShift final : public EffectUnit {
   public:
@@ -52,17 +52,18 @@ class PitchShift final : public EffectUnit {
                                  way.intoRight);
         }
         if (changed == Sync || changed == Latency || changed == Delay || changed == Routing)
-            shifter_.setDelay(route(parameter(Routing)).delays ? delaySamples() : 0.0f);
+            shifter_.setDelay(route(parameter(Routing)).delays ? delaySamples() : 0.0);
     }
     void tempoChanged() override { update(Delay); }
     /// Half a grain is what the taps delay on average already.
-    float delaySamples() const {
+    double delaySamples() const {
         const float v = parameter(Delay);
-        const float shorterThanSecond = std::nextafter(rate(), 0.0f);
-        const float samples = isOn(parameter(Sync))
-                                  ? syncedSamples(v, samplesPerBeat(), shorterThanSecond)
-                                  : delaySeconds(v) * rate();
-        return std::max(samples - 0.5f * static_cast<float>(shifter_.span()), 0.0f);
+        double samples = delaySeconds(v) * rate();
+        if (isOn(parameter(Sync))) {
+            samples = 1 / (beatsPerSample() * tempoDivision(1.0f - v).perBeat);
+            while (samples >= rate()) samples *= 0.5;
+        }
+        return std::max(samples - 0.5 * shifter_.span(), 0.0);
     }
     void render(std::span<StereoFrame> io, double) override { shifter_.render(io); }
 };

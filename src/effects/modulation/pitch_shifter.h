@@ -11,12 +11,13 @@
 
 namespace stratovane {
 
-/// One side: where its first tap stands in the grain.
+/// One side: where its first tap stands in the grain. In double: the change of some thousandths of
+/// a sample adds up all the time that the unit runs.
 struct ShiftVoice {
-    float offset = 0;  // samples, 0..span; the second tap stands a span behind
+    double offset = 0;  // samples, 0..span; the second tap stands a span behind
 
     /// `change` is the growth of the delay per sample: 1 - the ratio of pitches.
-    void move(float change, float span) {
+    void move(double change, double span) {
         offset += change;
         if (offset >= span) offset -= span;
         if (offset < 0) offset += span;
@@ -39,22 +40,22 @@ class PitchShifter {
         wet_ = wetGain(v);
     }
     /// The growth of each side's delay per sample, above -2 and below 1.
-    void setChange(float left, float right) {
+    void setChange(double left, double right) {
         leftChange_ = left;
         rightChange_ = right;
     }
     /// "Latency" v: grains of 5 to 40 ms.
     void setSpan(float v, float rate) {
         span_ = std::max(static_cast<int>((0.035f * v + 0.005f) * rate), 1);
-        const auto span = static_cast<float>(span_);
+        const auto span = static_cast<double>(span_);
         left_.offset = std::fmod(left_.offset, span);
         right_.offset = std::fmod(right_.offset, span);
     }
     int span() const { return span_; }
     /// A delay of both taps in samples, up to one second.
-    void setDelay(float samples) {
+    void setDelay(double samples) {
         delay_ = static_cast<int>(samples);
-        delayFraction_ = samples - static_cast<float>(delay_);
+        delayFraction_ = samples - delay_;
     }
     /// What each side of the line gets of the last output, and from which side.
     void setFeedback(float gain, Side intoLeft, Side intoRight) {
@@ -65,8 +66,8 @@ class PitchShifter {
 
     void render(std::span<StereoFrame> io) {
         const float dry = dry_, wet = wet_, feedback = feedback_;
-        const float leftChange = leftChange_, rightChange = rightChange_;
-        const auto span = static_cast<float>(span_);
+        const double leftChange = leftChange_, rightChange = rightChange_;
+        const auto span = static_cast<double>(span_), perSpan = 1 / span;
         const bool crossLeft = intoLeft_ == Side::right, crossRight = intoRight_ == Side::left;
         ShiftVoice left = left_, right = right_;
         StereoFrame last = last_;
@@ -75,7 +76,8 @@ class PitchShifter {
                          f.right + feedback * (crossRight ? last.left : last.right)});
             left.move(leftChange, span);
             right.move(rightChange, span);
-            last = {read<&StereoFrame::left>(left.offset), read<&StereoFrame::right>(right.offset)};
+            last = {read<&StereoFrame::left>(left.offset, perSpan),
+                    read<&StereoFrame::right>(right.offset, perSpan)};
             f.left = dry * f.left + wet * last.left;
             f.right = dry * f.right + wet * last.right;
             line_.step();
@@ -89,25 +91,23 @@ class PitchShifter {
     static constexpr float lineSeconds = 1.2f;  // a second of delay and two grains
 
     template <float StereoFrame::*side>
-    float read(float offset) const {
-        // Whole delay and fraction are kept apart: a float that holds a second of samples has no
-        // digits left for the place between two of them.
-        const float position = offset + delayFraction_;
+    float read(double offset, double perSpan) const {
+        const double position = offset + delayFraction_;
         const int whole = static_cast<int>(position), near = whole + delay_, far = near + span_;
-        const float fraction = position - static_cast<float>(whole);
+        const auto fraction = static_cast<float>(position - whole);
         const auto between = [&](int d) {
             const float here = line_.tap(d).*side;
             return here + (line_.tap(d + 1).*side - here) * fraction;
         };
         const float first = between(near), second = between(far);
-        const float out = 1.0f - offset * (1.0f / static_cast<float>(span_)), x = out * out;
+        const auto out = static_cast<float>(1 - offset * perSpan), x = out * out;
         return first + (second - first) * (2.0f * x - x * x);
     }
 
     float dry_ = 1, wet_ = 0;
-    float leftChange_ = 0, rightChange_ = 0;
+    double leftChange_ = 0, rightChange_ = 0;
     int span_ = 1, delay_ = 0;
-    float delayFraction_ = 0;
+    double delayFraction_ = 0;
     float feedback_ = 0;
     Side intoLeft_ = Side::left, intoRight_ = Side::right;
 

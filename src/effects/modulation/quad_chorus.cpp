@@ -19,9 +19,9 @@ namespace {
 enum { Mix, Sync, Rate, Depth, PreDelay, Tone, Feedback };
 constexpr int tickSamples = 256;
 constexpr float lineSeconds = 0.1f;
-constexpr float preDelaySeconds = 0.024f;
-constexpr float phasePerHz = 108.8f;   // per tick, over the sample rate
-constexpr float rightSpeed = 1.41f;    // of the left LFO
+constexpr double preDelaySeconds = 0.024;
+constexpr double phasePerHz = 108.8;   // per tick, over the sample rate
+constexpr double rightSpeed = 1.41;    // of the left LFO
 constexpr float deepestLow = -0.215f;  // four voices and the lowpass peak would ring on below it
 
 /// The most negative feedback that four voices and the band output bear. With p the squared sine of
@@ -39,14 +39,14 @@ class QuadChorus final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;
-    float depth_ = 0, preDelay_ = 1;  // samples
-    float k_ = 0;                     // filter coefficient, 0..1
-    float feedback_ = 0;              // negative
-    bool band_ = false;               // the line takes the band, not the low output
+    double phasePerTick_ = 0;
+    double depth_ = 0, preDelay_ = 1;  // samples
+    float k_ = 0;                      // filter coefficient, 0..1
+    float feedback_ = 0;               // negative
+    bool band_ = false;                // the line takes the band, not the low output
 
     ControlTick tick_;
-    float leftPhase_ = 0, rightPhase_ = 0;  // 0..2
+    double leftPhase_ = 0, rightPhase_ = 0;  // 0..2
     GlideReader leftA_, leftB_, rightA_, rightB_;
     float voices_ = 0;  // last sum of all four
     float bandState_ = 0, lowState_ = 0;
@@ -68,11 +68,11 @@ class QuadChorus final : public EffectUnit {
             dry_ = dryGain(v);
             wet_ = wetGain(v) * 0.25f;
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * phasePerHz / rate();
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * phasePerHz / rate();
         if (changed == Rate || changed == Depth)
             depth_ =
-                (0.048f - 0.032f * parameter(Rate)) * rate() * parameter(Depth) * parameter(Depth);
-        if (changed == PreDelay) preDelay_ = v * rate() * preDelaySeconds + 1.0f;
+                (0.048 - 0.032 * parameter(Rate)) * rate() * parameter(Depth) * parameter(Depth);
+        if (changed == PreDelay) preDelay_ = preDelaySeconds * v * rate() + 1;
         if (changed == Tone) {
             band_ = v > 0.5f;
             const float perSecond =
@@ -94,9 +94,9 @@ class QuadChorus final : public EffectUnit {
         for (StereoFrame& f : io) {
             if (tick.due(tickSamples)) {
                 const int write = line_.writeIndex();
-                const float left = triangle(advancePhase(leftPhase_, phasePerTick_, 2.0f)) * depth_;
-                const float right =
-                    triangle(advancePhase(rightPhase_, rightSpeed * phasePerTick_, 2.0f)) * depth_;
+                const double left = triangle(advancePhase(leftPhase_, phasePerTick_, 2)) * depth_;
+                const double right =
+                    triangle(advancePhase(rightPhase_, rightSpeed * phasePerTick_, 2)) * depth_;
                 leftA.aim(preDelay_ + left, tickSamples, write, size);
                 leftB.aim(preDelay_ + depth_ - left, tickSamples, write, size);
                 rightA.aim(preDelay_ + right, tickSamples, write, size);

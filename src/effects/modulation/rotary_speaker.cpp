@@ -20,13 +20,13 @@ namespace {
 
 enum { Mix, Jump, Rate, Dirt, LowHigh, Width, HighSpeed, LowSpeed, HighAcc, LowAcc, Tone };
 constexpr int tickSamples = 32;
-constexpr float lineSeconds = 0.001f, dopplerSeconds = 0.0003f;
-constexpr float pi = 3.1415927f;
+constexpr float lineSeconds = 0.001f;
+constexpr double dopplerSeconds = 0.0003;
 
 struct Speeds {
-    float horn, drum;  // in base speeds
+    double horn, drum;  // in base speeds
 };
-constexpr Speeds selected[] = {{0, 0}, {0.85f, 1.42f}, {7.5f, 6.63f}};
+constexpr Speeds selected[] = {{0, 0}, {0.85, 1.42}, {7.5, 6.63}};
 constexpr std::string_view speedNames[] = {"Stop", "Slow", "Fast"};
 int selection(float v) { return choice(v, 2.9f); }
 
@@ -53,10 +53,10 @@ class RotarySpeaker final : public EffectUnit {
   private:
     float dry_ = 1, wet_ = 0;
     float dirt_ = 0;
-    float crossover_ = 0, tone_ = 0;         // coefficients, 0..1
-    float width_ = 0;                        // of the right side; in units of either angle
-    float hornTarget_ = 0, drumTarget_ = 0;  // speeds per tick
-    float hornAcc_ = 0, drumAcc_ = 0;        // per tick and tick
+    float crossover_ = 0, tone_ = 0;          // coefficients, 0..1
+    double width_ = 0;                        // of the right side; in units of either angle
+    double hornTarget_ = 0, drumTarget_ = 0;  // speeds per tick
+    double hornAcc_ = 0, drumAcc_ = 0;        // per tick and tick
 
     ControlTick tick_;
     SpeedJump jump_;
@@ -66,6 +66,7 @@ class RotarySpeaker final : public EffectUnit {
     float leftDrum_ = 0, rightDrum_ = 0;  // gains
     int doppler_ = 0;                     // whole samples behind the write index
     float dopplerFraction_ = 0;
+    float guard_ = 0;  // follows the line's last entry: its first, as it was when the line wrapped
     Split split_, coloured_;
     AllPassChain<5> leftChain_, rightChain_;
 
@@ -80,7 +81,7 @@ class RotarySpeaker final : public EffectUnit {
         right_.reset(0);
         leftDrum_ = rightDrum_ = 0;
         doppler_ = 0;
-        dopplerFraction_ = 0;
+        dopplerFraction_ = guard_ = 0;
         split_ = coloured_ = {};
         leftChain_ = rightChain_ = {};
     }
@@ -93,61 +94,74 @@ class RotarySpeaker final : public EffectUnit {
             wet_ = (0.7f - 0.3f * dirt_) * a;
         }
         if (changed == Jump) jump_.arm();
-        if (changed == LowHigh) crossover_ = atMostOne(twoPi * cornerHz(v) / rate());
-        if (changed == Tone) tone_ = atMostOne(twoPi * cornerHz(v) / rate());
+        if (changed == LowHigh) crossover_ = cornerCoefficient(v);
+        if (changed == Tone) tone_ = cornerCoefficient(v);
         if (changed == Width) width_ = v;
         if (changed == Rate || changed == HighSpeed || changed == LowSpeed) {
             const Speeds speeds = selected[static_cast<std::size_t>(selection(parameter(Rate)))];
             hornTarget_ = speeds.horn * baseSpeed(parameter(HighSpeed));
             drumTarget_ = speeds.drum * baseSpeed(parameter(LowSpeed));
         }
-        if (changed == HighAcc) hornAcc_ = acceleration(v, 14000.0f);
-        if (changed == LowAcc) drumAcc_ = acceleration(v, 7000.0f);
+        if (changed == HighAcc) hornAcc_ = acceleration(v, 14000);
+        if (changed == LowAcc) drumAcc_ = acceleration(v, 7000);
     }
-    float baseSpeed(float v) const { return std::exp((v - 0.5f) * 2.0f) * 64.0f / rate(); }
-    float acceleration(float v, float middle) const {
-        return std::exp((v - 0.5f) * 4.6f) * middle / (rate() * rate());
+    float cornerCoefficient(float v) const {
+        return atMostOne(static_cast<float>(twoPi * cornerHz(v) / rate()));
+    }
+    double baseSpeed(float v) const { return std::exp((v - 0.5) * 2) * 64 / rate(); }
+    double acceleration(float v, double middle) const {
+        return std::exp((v - 0.5) * 4.6) * middle / rate() / rate();
     }
 
     void showAngle() {
         if (KeySource* record = keyRecord())
-            record->hornCycles = std::fmod(8.0f - 8.0f * horn_.angle, 8.0f);
+            record->hornCycles = static_cast<float>(std::fmod(8 - 8 * horn_.angle, 8.0));
     }
     void idle(int frames) override {
         showAngle();
         horn_.turn(hornTarget_, blockShare(frames, rate()),
-                   static_cast<float>(frames) / static_cast<float>(tickSamples));
-        horn_.wrapAbove(-1.0f, 2.0f);
+                   static_cast<double>(frames) / tickSamples);
+        horn_.wrapAbove(-1, 2);
     }
     void jump() {
         horn_.speed = hornTarget_;
         drum_.speed = drumTarget_;
-        if (hornTarget_ == 0.0f) horn_.angle = drum_.angle = width_ * 0.5f;  // parked
+        if (hornTarget_ == 0) horn_.angle = drum_.angle = width_ * 0.5;  // parked
     }
-    float coefficient(float angle) const {
-        return allPassCoefficient((42000.0f / rate()) * angle * angle + 6600.0f / rate() - 1.0f);
+    double coefficient(double angle) const {
+        return allPassCoefficient((42000.0 / rate()) * angle * angle + 6600.0 / rate() - 1);
+    }
+    static float drumGain(double angle) {
+        return static_cast<float>(std::min(std::fabs(angle) + 0.7, 2.0));
     }
     /// Control tick.
     void turn(Ramp& leftCoefficient, Ramp& rightCoefficient) {
         horn_.turn(hornTarget_, hornAcc_);
-        horn_.wrapAbove(-1.0f, 2.0f);
-        float right = horn_.angle + width_;
-        if (right > 1.0f) right -= 2.0f;
+        horn_.wrapAbove(-1, 2);
+        double right = horn_.angle + width_;
+        if (right > 1) right -= 2;
         leftCoefficient.aim(coefficient(horn_.angle), tickSamples);
         rightCoefficient.aim(coefficient(right), tickSamples);
 
-        const float distance =
-            (std::cos((horn_.angle + width_ * 0.5f) * pi) + 2.0f) * rate() * dopplerSeconds;
+        const double distance =
+            (std::cos((horn_.angle + width_ * 0.5) * (0.5 * twoPi)) + 2) * rate() * dopplerSeconds;
         const int whole = static_cast<int>(distance);
-        dopplerFraction_ = distance - static_cast<float>(whole);
+        dopplerFraction_ = static_cast<float>(distance - whole);
         doppler_ = whole % line_.size();
 
         drum_.turn(drumTarget_, drumAcc_);
-        drum_.wrapAbove(-2.0f, 4.0f);
-        float opposite = drum_.angle + width_;
-        if (opposite > 2.0f) opposite -= 4.0f;
-        leftDrum_ = std::min(std::fabs(drum_.angle) + 0.7f, 2.0f);
-        rightDrum_ = std::min(std::fabs(opposite) + 0.7f, 2.0f);
+        drum_.wrapAbove(-2, 4);
+        double opposite = drum_.angle + width_;
+        if (opposite > 2) opposite -= 4;
+        leftDrum_ = drumGain(drum_.angle);
+        rightDrum_ = drumGain(opposite);
+    }
+    float readDoppler(int samples, float fraction) const {
+        const int size = line_.size(), sum = line_.writeIndex() + samples;
+        const int index = sum < size ? sum : sum - size;
+        const float here = line_.entry(index);
+        const float next = index + 1 < size ? line_.entry(index + 1) : guard_;
+        return here + (next - here) * fraction;
     }
     void render(std::span<StereoFrame> io, double) override {
         showAngle();
@@ -170,16 +184,17 @@ class RotarySpeaker final : public EffectUnit {
             const float x = f.left + f.right;
             const float high = split.step(x, crossover);
             line_.write(x);
-            const float here = line_.tap(doppler), next = line_.tap(doppler + 1);
-            const float read = here + (next - here) * fraction;
+            const float read = readDoppler(doppler, fraction);
             const float d = std::clamp(10.0f * dirt * split.band, -dirt, dirt);
             coloured.step(read - dirt * d, tone);
             const float y = high + coloured.band;
-            f.left = dry * f.left + wet * (leftDrum * split.low - leftChain.step(y, left.value));
-            f.right =
-                dry * f.right + wet * (rightDrum * split.low - rightChain.step(y, right.value));
+            const auto leftHorn = static_cast<float>(leftChain.step(y, left.value));
+            const auto rightHorn = static_cast<float>(rightChain.step(y, right.value));
+            f.left = dry * f.left + wet * (leftDrum * split.low - leftHorn);
+            f.right = dry * f.right + wet * (rightDrum * split.low - rightHorn);
             left.advance();
             right.advance();
+            if (line_.writeIndex() == 0) guard_ = line_.entry(0);
             line_.step();
         }
         tick_ = tick;

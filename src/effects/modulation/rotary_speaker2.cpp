@@ -33,22 +33,23 @@ enum {
     Boost
 };
 constexpr int tickSamples = 16;
-constexpr float lineSeconds = 0.05f, centreSeconds = 0.0004f, depthSeconds = 0.00136f;
-constexpr float hornTurn = 16.0f, drumTurn = 1.0f;
-constexpr float hornPark = 2.2f, drumPark = 0.33f;  // angles at rest
-constexpr float drumLead = 0.33f;                   // turns that the right side is ahead
+constexpr float lineSeconds = 0.05f;
+constexpr double centreSeconds = 0.0004, depthSeconds = 0.00136;
+constexpr double hornTurn = 16, drumTurn = 1;
+constexpr double hornPark = 2.2, drumPark = 0.33;  // angles at rest
+constexpr double drumLead = 0.33;                  // turns that the right side is ahead
 
 /// Loudness around the horn, in sixteenths of a turn.
-constexpr float directivity[17] = {0.31f, 0.28f, 0.32f, 0.13f, 0.05f, 0.24f, 0.5f,  0.77f, 0.97f,
-                                   0.67f, 0.33f, 0.28f, 0.21f, 0.28f, 0.16f, 0.38f, 0.31f};
-float hornLoudness(float angle, int turnedBy) {
+constexpr double directivity[17] = {0.31, 0.28, 0.32, 0.13, 0.05, 0.24, 0.5,  0.77, 0.97,
+                                    0.67, 0.33, 0.28, 0.21, 0.28, 0.16, 0.38, 0.31};
+double hornLoudness(double angle, int turnedBy) {
     const int whole = static_cast<int>(angle), at = (whole + turnedBy) % 16;
-    const float from = directivity[at], to = directivity[at + 1];
-    return from + (to - from) * (angle - static_cast<float>(whole));
+    const double from = directivity[at], to = directivity[at + 1];
+    return from + (to - from) * (angle - whole);
 }
 
 /// Turns of the drum to a triangle 0..0.5.
-float folded(float turns) { return turns > 0.5f ? 1.0f - turns : turns; }
+double folded(double turns) { return turns > 0.5 ? 1 - turns : turns; }
 
 /// Slow, Slow, Stop, Fast, Fast.
 enum class Speed { slow, stop, fast };
@@ -71,9 +72,9 @@ class RotarySpeaker2 final : public EffectUnit {
   private:
     float dry_ = 1, hornGain_ = 0, drumGain_ = 0;
     float spread_ = 0.5f;
-    float dopplerDepth_ = 0, dopplerCentre_ = 1;  // samples
-    float hornTarget_ = 0, drumTarget_ = 0;       // speeds per tick
-    float hornAcc_ = 0, drumAcc_ = 0;             // per tick and tick
+    double dopplerDepth_ = 0, dopplerCentre_ = 1;  // samples
+    double hornTarget_ = 0, drumTarget_ = 0;       // speeds per tick
+    double hornAcc_ = 0, drumAcc_ = 0;             // per tick and tick
 
     ControlTick tick_;
     SpeedJump jump_;
@@ -97,9 +98,9 @@ class RotarySpeaker2 final : public EffectUnit {
             side->gain.reset(0);
         }
         leftDrum_ = rightDrum_ = 0;
-        dopplerCentre_ = rate() * centreSeconds + 1.0f;
-        hornAcc_ = 22000.0f / (rate() * rate());
-        drumAcc_ = 300.0f / (rate() * rate());
+        dopplerCentre_ = rate() * centreSeconds + 1;
+        hornAcc_ = 22000.0 / rate() / rate();
+        drumAcc_ = 300.0 / rate() / rate();
     }
     void update(int changed) override {
         const float v = parameter(changed);
@@ -118,7 +119,7 @@ class RotarySpeaker2 final : public EffectUnit {
             amplifier_.blend = (2.0f - v) * v;
         }
         if (changed == Width) spread_ = 0.5f - 0.65f * v;
-        if (changed == FreqMod) dopplerDepth_ = v * rate() * depthSeconds;
+        if (changed == FreqMod) dopplerDepth_ = depthSeconds * v * rate();
         if (changed == Rate || changed == FastSpeed || changed == SlowSpeed) aimSpeeds();
         if (changed == Crossover) {
             const float c = std::exp(1.386f * v + 8.7f) / rate();
@@ -128,45 +129,45 @@ class RotarySpeaker2 final : public EffectUnit {
         if (changed == Reso) amplifier_.hornDamping = 0.6f - 0.35f * v;
     }
     void aimSpeeds() {
-        const float fast = parameter(FastSpeed) + 0.5f, slow = parameter(SlowSpeed) + 0.5f;
+        const double fast = parameter(FastSpeed) + 0.5, slow = parameter(SlowSpeed) + 0.5;
         hornTarget_ = drumTarget_ = 0;
         switch (selection(parameter(Rate))) {
             case Speed::stop:
                 break;
             case Speed::slow:
-                hornTarget_ = 217.6f * slow / rate();
-                drumTarget_ = 22.72f * slow / rate();
+                hornTarget_ = 217.6 * slow / rate();
+                drumTarget_ = 22.72 * slow / rate();
                 break;
             case Speed::fast:
-                hornTarget_ = 1669.12f * fast / rate();
-                drumTarget_ = 92.32f * fast / rate();
+                hornTarget_ = 1669.12 * fast / rate();
+                drumTarget_ = 92.32 * fast / rate();
                 break;
         }
     }
 
     void showAngle() {
         if (KeySource* record = keyRecord())
-            record->hornCycles = std::fmod(hornTurn - horn_.angle, hornTurn);
+            record->hornCycles = static_cast<float>(std::fmod(hornTurn - horn_.angle, hornTurn));
     }
     void idle(int frames) override {
         showAngle();
         horn_.turn(hornTarget_, blockShare(frames, rate()),
-                   static_cast<float>(frames) / static_cast<float>(tickSamples));
+                   static_cast<double>(frames) / tickSamples);
         horn_.wrapBelow(hornTurn);
     }
     void jumpOrPark(int frames) {
         if (jump_.due()) {
             horn_.speed = hornTarget_;
             drum_.speed = drumTarget_;
-            if (hornTarget_ == 0.0f) {
+            if (hornTarget_ == 0) {
                 horn_.angle = hornPark;
                 drum_.angle = drumPark;
             }
         }
-        if (hornTarget_ != 0.0f) return;
+        if (hornTarget_ != 0) return;
         // The horn comes to rest coasting on: past the park angle it goes once more round.
-        const float share = blockShare(frames, rate());
-        const float rest = horn_.angle <= hornPark + 0.1f ? hornPark : hornTurn + 0.1f;
+        const double share = blockShare(frames, rate());
+        const double rest = horn_.angle <= hornPark + 0.1 ? hornPark : hornTurn + 0.1;
         horn_.angle += (rest - horn_.angle) * share;
         horn_.wrapBelow(hornTurn);
         drum_.angle += (drumPark - drum_.angle) * share;
@@ -175,19 +176,19 @@ class RotarySpeaker2 final : public EffectUnit {
     void turn(HornSide& leftSide, HornSide& rightSide) {
         horn_.turn(hornTarget_, hornAcc_);
         horn_.wrapBelow(hornTurn);
-        const float left = hornLoudness(horn_.angle, 0), right = hornLoudness(horn_.angle, 8);
-        leftSide.gain.aim((1.5f * left + 0.2f) * hornGain_, tickSamples);
-        rightSide.gain.aim((1.5f * right + 0.2f) * hornGain_, tickSamples);
+        const double left = hornLoudness(horn_.angle, 0), right = hornLoudness(horn_.angle, 8);
+        leftSide.gain.aim((1.5 * left + 0.2) * hornGain_, tickSamples);
+        rightSide.gain.aim((1.5 * right + 0.2) * hornGain_, tickSamples);
         const int write = line_.writeIndex(), size = line_.size();
         leftSide.doppler.aim(left * dopplerDepth_ + dopplerCentre_, tickSamples, write, size);
-        rightSide.doppler.aim(1.25f * dopplerCentre_ + right * dopplerDepth_, tickSamples, write,
+        rightSide.doppler.aim(1.25 * dopplerCentre_ + right * dopplerDepth_, tickSamples, write,
                               size);
 
         drum_.turn(drumTarget_, drumAcc_);
-        drum_.wrapAbove(0.0f, drumTurn);
-        const float ahead = drum_.angle + drumLead - (drum_.angle > 0.67f ? drumTurn : 0.0f);
-        leftDrum_ = 0.7f * folded(ahead) * drumGain_ + 0.05f;
-        rightDrum_ = 0.7f * folded(drum_.angle) * drumGain_ + 0.05f;
+        drum_.wrapAbove(0, drumTurn);
+        const double ahead = drum_.angle + drumLead - (drum_.angle > 0.67 ? drumTurn : 0);
+        leftDrum_ = static_cast<float>(0.7 * folded(ahead) * drumGain_ + 0.05);
+        rightDrum_ = static_cast<float>(0.7 * folded(drum_.angle) * drumGain_ + 0.05);
     }
     void render(std::span<StereoFrame> io, double) override {
         showAngle();
@@ -208,8 +209,10 @@ class RotarySpeaker2 final : public EffectUnit {
             const float horn = amplifier.hornBand, drum = amplifier.low;
             line_.write(horn);
             const float l = left.doppler.read(line_), r = right.doppler.read(line_);
-            const float leftWet = (l + horn) * left.gain.value + drum * leftDrum + cross * r;
-            const float rightWet = (r + horn) * right.gain.value + drum * rightDrum + cross * l;
+            const auto leftGain = static_cast<float>(left.gain.value);
+            const auto rightGain = static_cast<float>(right.gain.value);
+            const float leftWet = (l + horn) * leftGain + drum * leftDrum + cross * r;
+            const float rightWet = (r + horn) * rightGain + drum * rightDrum + cross * l;
             const float side = (rightWet - leftWet) * spread;
             f.left = dry * f.left + leftWet + side;
             f.right = dry * f.right + rightWet - side;

@@ -6,28 +6,29 @@
 namespace stratovane {
 
 /// Speed and angle of one rotor; angles wrap both ways, as a stopped motor creeps backwards by
-/// fractions of its acceleration. Units are the caller's, per control tick.
+/// fractions of its acceleration. Units are the caller's, per control tick. In double: a speed that
+/// hovers about its target by the rounding of a float would drift off.
 struct Rotor {
-    float speed = 0;
-    float angle = 0;
+    double speed = 0;
+    double angle = 0;
 
     /// One tick: the speed hovers within `acceleration` of its target.
-    void turn(float target, float acceleration) {
+    void turn(double target, double acceleration) {
         speed += speed < target ? acceleration : -acceleration;
         angle += speed;
     }
     /// Many ticks at once, without exact timing: `share` of the way to the target speed.
-    void turn(float target, float share, float ticks) {
+    void turn(double target, double share, double ticks) {
         speed += (target - speed) * share;
         angle += speed * ticks;
     }
     /// Brings the angle into (low, low + span].
-    void wrapAbove(float low, float span) {
+    void wrapAbove(double low, double span) {
         while (angle > low + span) angle -= span;
         while (angle <= low) angle += span;
     }
     /// Brings the angle into [0, span).
-    void wrapBelow(float span) {
+    void wrapBelow(double span) {
         while (angle >= span) angle -= span;
         while (angle < 0) angle += span;
         if (angle >= span) angle = 0;  // a tiny negative angle rounds up to the span
@@ -35,8 +36,8 @@ struct Rotor {
 };
 
 /// Share of the way that a rotor glides in a block: at most a tenth.
-inline float blockShare(int frames, float rate) {
-    return std::min(static_cast<float>(frames) / rate, 0.1f);
+inline double blockShare(int frames, float rate) {
+    return std::min(frames / static_cast<double>(rate), 0.1);
 }
 
 /// Counts the blocks in which a rotor takes its speed at once, as after loading a patch.

@@ -16,8 +16,8 @@ namespace {
 enum { Mix, Sync, Rate, Depth, PreDelay, Crossover };
 constexpr int tickSamples = 256;
 constexpr float lineSeconds = 0.1f;
-constexpr float preDelaySeconds = 0.024f;
-constexpr float phasePerHz = 116.352f;  // per tick, over the sample rate
+constexpr double preDelaySeconds = 0.024;
+constexpr double phasePerHz = 116.352;  // per tick, over the sample rate
 
 /// State-variable crossover of one channel.
 struct Split {
@@ -37,12 +37,12 @@ class SpaceChorus final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;
-    float depth_ = 0, preDelay_ = 1;  // samples
-    float k_ = 0;                     // crossover coefficient, 0..1
+    double phasePerTick_ = 0;
+    double depth_ = 0, preDelay_ = 1;  // samples
+    float k_ = 0;                      // crossover coefficient, 0..1
 
     ControlTick tick_;
-    float phase_ = 0;  // 0..2
+    double phase_ = 0;  // 0..2
     GlideReader left_, right_;
     Split leftSplit_, rightSplit_;
 
@@ -67,11 +67,11 @@ class SpaceChorus final : public EffectUnit {
             dry_ = dryGain(v);
             wet_ = v;
         }
-        if (changed == Rate) phasePerTick_ = rateHz(v) * phasePerHz / rate();
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * phasePerHz / rate();
         if (changed == Rate || changed == Depth)
             depth_ =
-                (0.048f - 0.032f * parameter(Rate)) * rate() * parameter(Depth) * parameter(Depth);
-        if (changed == PreDelay) preDelay_ = v * rate() * preDelaySeconds + 1.0f;
+                (0.048 - 0.032 * parameter(Rate)) * rate() * parameter(Depth) * parameter(Depth);
+        if (changed == PreDelay) preDelay_ = preDelaySeconds * v * rate() + 1;
         if (changed == Crossover) k_ = atMostOne((50.0f + 10000.0f * v * v) / rate());
     }
     void render(std::span<StereoFrame> io, double) override {
@@ -82,7 +82,7 @@ class SpaceChorus final : public EffectUnit {
         Split leftSplit = leftSplit_, rightSplit = rightSplit_;
         for (StereoFrame& f : io) {
             if (tick.due(tickSamples)) {
-                const float way = triangle(advancePhase(phase_, phasePerTick_, 2.0f)) * depth_;
+                const double way = triangle(advancePhase(phase_, phasePerTick_, 2)) * depth_;
                 left.aim(preDelay_ + way, tickSamples, leftLine_.writeIndex(), size);
                 right.aim(preDelay_ + depth_ - way, tickSamples, rightLine_.writeIndex(), size);
             }

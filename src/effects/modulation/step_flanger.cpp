@@ -18,8 +18,8 @@ namespace {
 enum { Mix, Sync, Rate, Depth, Feedback, PreDelay, StepRate, StepDepth };
 constexpr int tickSamples = 64, fadeSamples = 64;
 constexpr float lineSeconds = 0.012f;
-constexpr float depthSeconds = 0.004f, preDelaySeconds = 0.004f;
-constexpr float phasePerHz = 256.0f;  // per tick, over the sample rate
+constexpr double depthSeconds = 0.004, preDelaySeconds = 0.004;
+constexpr double phasePerHz = 256.0;  // per tick, over the sample rate
 constexpr float whisper = 1e-8f;      // keeps the loop from denormal numbers
 
 /// "Step Rate" reaches from 3/4 to 1/64.
@@ -31,17 +31,17 @@ class StepFlanger final : public EffectUnit {
 
   private:
     float dry_ = 1, wet_ = 0;
-    float phasePerTick_ = 0;          // of 4 a cycle
-    float depth_ = 0, preDelay_ = 0;  // samples
-    float feedback_ = 0;              // -0.95..0
+    double phasePerTick_ = 0;          // of 4 a cycle
+    double depth_ = 0, preDelay_ = 0;  // samples
+    float feedback_ = 0;               // -0.95..0
     bool synced_ = false;
-    float stepsPerTick_ = 0;  // when free
+    double stepsPerTick_ = 0;  // when free
     double stepsPerBeat_ = 0;
-    float held_ = 0;  // share of the sweep that moves in steps
+    double held_ = 0;  // share of the sweep that moves in steps
 
     ControlTick tick_;
-    float phase_ = 0;  // 0..4
-    float clock_ = 0;  // steps since the last one
+    double phase_ = 0;  // 0..4
+    double clock_ = 0;  // steps since the last one
     GlideReader reader_;
     int offset_ = 0, lastOffset_ = 0;  // frames behind the reader
     float fade_ = 1;                   // from the last offset to the present one
@@ -66,29 +66,29 @@ class StepFlanger final : public EffectUnit {
             wet_ = wetGain(v) * 0.5f;
         }
         if (changed == Sync) synced_ = isOn(v);
-        if (changed == Rate) phasePerTick_ = rateHz(v) * phasePerHz / rate();
-        if (changed == Depth) depth_ = v * rate() * depthSeconds;
+        if (changed == Rate) phasePerTick_ = lfoHz(v) * phasePerHz / rate();
+        if (changed == Depth) depth_ = depthSeconds * v * rate();
         if (changed == Feedback) feedback_ = -0.95f * v;
-        if (changed == PreDelay) preDelay_ = v * rate() * preDelaySeconds;
+        if (changed == PreDelay) preDelay_ = preDelaySeconds * v * rate();
         if (changed == StepRate) {
-            stepsPerTick_ = rateHz(v) * static_cast<float>(tickSamples) / rate();
+            stepsPerTick_ = lfoHz(v) * tickSamples / rate();
             stepsPerBeat_ = static_cast<double>(stepDivision(v).perBeat);
         }
-        if (changed == StepDepth) held_ = 2.0f * v - v * v;
+        if (changed == StepDepth) held_ = v * (2.0 - v);
     }
     /// Follows the song; a clock that would fall has passed a step, which the next tick takes.
     void followSong(double beat) {
         const double steps = beat * stepsPerBeat_;
-        const auto fraction = static_cast<float>(steps - std::floor(steps));
-        clock_ = fraction < clock_ ? fraction + 1.0f : fraction;
+        const double fraction = steps - std::floor(steps);
+        clock_ = fraction < clock_ ? fraction + 1 : fraction;
     }
     /// Control tick; true when a step is due.
-    bool advance(float& target) {
-        const float sweep = advancePhase(phase_, phasePerTick_, 4.0f) * 0.5f;
-        target = std::fabs((2.0f * triangle(sweep) - 1.0f) * depth_ + preDelay_);
+    bool advance(double& target) {
+        const double sweep = advancePhase(phase_, phasePerTick_, 4) * 0.5;
+        target = std::fabs((2 * triangle(sweep) - 1) * depth_ + preDelay_);
         if (!synced_) clock_ += stepsPerTick_;
-        if (clock_ < 1.0f) return false;
-        clock_ -= 1.0f;
+        if (clock_ < 1) return false;
+        clock_ -= 1;
         return true;
     }
     void render(std::span<StereoFrame> io, double beat) override {
@@ -102,7 +102,7 @@ class StepFlanger final : public EffectUnit {
         StereoFrame voice = voice_;
         for (StereoFrame& f : io) {
             if (tick.due(tickSamples)) {
-                float target = 0;
+                double target = 0;
                 if (advance(target)) {
                     lastOffset = offset;
                     offset = static_cast<int>(target * held_);

@@ -5,10 +5,10 @@
 
 namespace stratovane {
 
-inline constexpr float twoPi = 6.2831855f;
+inline constexpr double twoPi = 6.283185307179586;
 
 /// Advances a phase that runs in 0..`span`; a step is always shorter than the span.
-inline float advancePhase(float& phase, float step, float span) {
+inline double advancePhase(double& phase, double step, double span) {
     phase += step;
     if (phase >= span) phase -= span;
     return phase;
@@ -16,8 +16,8 @@ inline float advancePhase(float& phase, float step, float span) {
 
 /// Half of a chorus voice's sweep, in samples. It shrinks at fast rates, so that the pitch does not
 /// stray further the faster it goes.
-inline float chorusDepth(float hz, float depth, float rate, float gain) {
-    return std::min(0.02f / hz, 0.024f) * rate * depth * depth * gain;
+inline double chorusDepth(double hz, double depth, double rate, double gain) {
+    return std::min(0.02 / hz, 0.024) * rate * depth * depth * gain;
 }
 
 }  // namespace stratovane

@@ -55,7 +55,7 @@ struct MixInput {
 }  // namespace
 
 void AnalogVoice::start(const ElementControls& controls, float velocity, float sampleRate,
-                        Random& random) {
+                        Random& random, const Wavetable* table) {
     const AnalogControls& a = controls.analog;
     const FilterMode mode = controls.filterMode;
     *this = AnalogVoice{};
@@ -78,6 +78,7 @@ void AnalogVoice::start(const ElementControls& controls, float velocity, float s
     };
     oscillators_[0].start(wave1, phase, spacing(0));
     oscillators_[1].start(wave2, (1 + phase) / 2, spacing(1));
+    for (WavetableReader& reader : readers_) reader.start(table);
     osc3_.start(osc3Wave(a.wave3), phase, a.mix3, a.sub);
     noise_.start(static_cast<std::uint32_t>(noiseDraw * 0.2f * 65536));
 
@@ -99,6 +100,7 @@ void AnalogVoice::refresh(const ElementControls& controls, float sampleRate) {
     ratios_[0] = a.ratio1;
     ratios_[1] = a.ratio2;
     for (ShapeOscillator& o : oscillators_) o.setMinimumPulseWidth(a.minimumPulseWidth);
+    for (WavetableReader& reader : readers_) reader.setAliasing(a.aliasing);
     osc3_.setLevels(a.mix3, a.sub);
     mute3_ = dual_ && a.mute3;
     noiseLevel_ = a.noise;
@@ -124,8 +126,11 @@ void AnalogVoice::tick(float phasePerSample, float shape1, float shape2,
                        const FilterInputs& filter) {
     const float half = std::min(phasePerSample, 1.0f);
     const float shapes[2] = {shape1, shape2};
-    for (int i = 0; i < (dual_ ? 2 : 1); ++i)
+    for (int i = 0; i < (dual_ ? 2 : 1); ++i) {
         oscillators_[i].tick(half * ratios_[i] * 0.5f, shapes[i], threshold_);
+        if (oscillators_[i].wave() == ShapeWave::wavetable)
+            readers_[i].tick(double(oscillators_[i].targetIncrement()), shapes[i]);
+    }
     osc3_.tick(half, leak_, threshold_);
     if (std::fabs(shape_) < integratorFloor) shape_ = integratorFloor;
     noise_.nudge();
@@ -137,6 +142,10 @@ void AnalogVoice::render(float* y) {
     osc3_.run(drive3, increments);
     for (int i = 0; i < (dual_ ? 2 : 1); ++i) oscillators_[i].addTo(drive, gains_[i]);
     noise_.render(direct, noiseLevel_);
+    // Tables pass the integrator by.
+    for (int i = 0; i < (dual_ ? 2 : 1); ++i)
+        if (oscillators_[i].wave() == ShapeWave::wavetable)
+            for (float& sample : direct) sample += gains_[i] * readers_[i].next();
 
     MixInput mix{drive, direct, drive3, leak_, shape_, osc3_.output()};
     float factors[tickFrames];

@@ -7,6 +7,7 @@
 #include "voice/analog/osc3.h"
 #include "voice/analog/shape_oscillator.h"
 #include "voice/filter/voice_filter.h"
+#include "voice/wavetable/wavetable_reader.h"
 
 namespace stratovane {
 
@@ -16,8 +17,10 @@ class AnalogVoice {
   public:
     /// A new note on any record: everything as new, kernel and waves chosen for the note's life.
     /// `velocity` is normalised (-1..1; 0 when the element does not receive it). Draws from
-    /// `random` in a fixed order.
-    void start(const ElementControls& controls, float velocity, float sampleRate, Random& random);
+    /// `random` in a fixed order. The waves that read `table` are silent without one; it must
+    /// outlive the note.
+    void start(const ElementControls& controls, float velocity, float sampleRate, Random& random,
+               const Wavetable* table = nullptr);
     /// Levels, ratios, leak, filter mode and amounts of the element; what sounds goes on.
     void refresh(const ElementControls& controls, float sampleRate);
     /// `phasePerSample` is exp(base + pitch) with ln 2 in the base: half periods of the note per
@@ -44,6 +47,7 @@ class AnalogVoice {
     float filterMod_ = 0;
     float filterInput_ = 0;
     ShapeOscillator oscillators_[2];
+    WavetableReader readers_[2];  // of those that have the wave for it
     Osc3 osc3_;
     NoiseGenerator noise_;
     VoiceFilter filter_;

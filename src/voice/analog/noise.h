@@ -18,6 +18,12 @@ class NoiseGenerator {
     void nudge() { ++state_; }
     /// Steps once; -0.5..0.5.
     float next() { return value(state_ = step(state_, 91)); }
+    /// The present value, -0.5..0.5; then steps.
+    float take() {
+        const float present = value(state_);
+        state_ = step(state_, 91);
+        return present;
+    }
     /// Writes the next 32 values times `level`; with lanes of powers the steps do not wait for one
     /// another.
     void render(float* y, float level) {
