@@ -116,7 +116,7 @@ struct DrawbarControls {
     bool percussion = false, loud = false, fast = false, third = false;
     std::array<std::int32_t, 9> bars{};  // 0..8
     float clickLevel = 0;                // 6v²
-    float clickSamples = 0;
+    float clickSamples = 0;  // at the audio rate; the voice counts as many control ticks
     float offClick = 0;
 };
 
