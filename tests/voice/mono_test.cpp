@@ -82,7 +82,10 @@ TEST(Mono, RetriggerModesRestartTheEnvelopesTheyName) {
         part.set(1, 95, 0.5f);
         part.on(60);
         part.run(44100 * 3);
-        const Voice before = part.voice(0);
+        const struct {
+            SegmentEnvelope amp, filterEnvelope;
+            ModulationEnvelope modulation;
+        } before{part.voice(0).amp, part.voice(0).filterEnvelope, part.voice(0).modulation};
         EXPECT_NEAR(before.filterEnvelope.level, 0.4f * before.filterEnvelope.peak, 1e-5f);
         EXPECT_NEAR(before.amp.level, 0.2f * before.amp.peak, 1e-5f);
         part.on(62);
