@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 #include "base/units.h"
@@ -252,58 +251,6 @@ TEST(FmVoice, StartPhases) {
         const double w = 2 * turn - 1, c = row.phase / 2 - 2 * std::floor(row.phase / 4 + 0.5);
         const double carrier = c * (1 - c * c) * (1 - c * c / 2);
         EXPECT_NEAR(x[0], 2 * (carrier + w - w * w * w), 0.002) << row.phase;
-    }
-}
-
-TEST(FmVoice, AnythingGoesAndARestartForgetsIt) {
-    Random dice{17};
-    FmVoice reused;
-    for (int round = 0; round < 300; ++round) {
-        Player p;
-        const auto rate = round % 3 == 0 ? 8000.0f : round % 3 == 1 ? 44100.0f : 192000.0f;
-        const auto roll = [&] {
-            for (FmOperatorControls& o : p.fm.operators)
-                o = {static_cast<float>(dice.draw() % 65) / 2,
-                     dice.unipolar() / 2,
-                     3 * dice.unipolar(),
-                     dice.unipolar(),
-                     3 - 4 * dice.unipolar(),
-                     127.9f * dice.unipolar(),
-                     2 * dice.bipolar()};
-            p.fm.through = 3 * dice.unipolar();
-            p.fm.keytrack = dice.unipolar();
-            p.fm.envelopeLevel = 2 * dice.unipolar();
-            p.fm.envelopePerTick = dice.unipolar();
-            p.fm.carrierHz = dice.draw() % 2 == 0 ? 0 : 50 * dice.unipolar();
-            p.controls.filterMode = static_cast<FilterMode>(dice.draw() % 10);
-        };
-        roll();
-        p.controls.randomStart = 1;
-        p.controls.velocityToStart = dice.bipolar();
-        const FmVoice::Note note{dice.draw() % 128, dice.bipolar(), 4 * dice.bipolar()};
-        Random first{5}, second{5};
-        p.voice.start(p.controls, note, rate, first);
-        reused.start(p.controls, note, rate, second);
-        for (int tick = 0; tick < 50; ++tick) {
-            if (dice.draw() % 10 == 0) {
-                roll();
-                p.voice.refresh(p.controls, rate);
-                reused.refresh(p.controls, rate);
-            }
-            const float increment = std::exp(12 * dice.unipolar() - 10);
-            const float modulation = 10 * dice.bipolar();
-            const FilterInputs f{dice.bipolar(), 4 * dice.bipolar() - 2, dice.bipolar(),
-                                 1.5f * dice.unipolar()};
-            float x[tickFrames], y[tickFrames];
-            p.voice.tick(increment, modulation, f);
-            p.voice.render(x);
-            reused.tick(increment, modulation, f);
-            reused.render(y);
-            ASSERT_EQ(std::memcmp(x, y, sizeof x), 0) << round;
-            const Signal samples(x, x + tickFrames);
-            ASSERT_TRUE(measure::allFinite(samples)) << round;
-            ASSERT_LT(measure::peak(samples), 300) << round;
-        }
     }
 }
 

@@ -142,7 +142,8 @@ Engine& playStorm(Engine& engine, int longestPiece) {
         for (int i = elementIndex::firstBlock; i <= 37; ++i) patch.set(e, i, dice.unipolar());
         for (const int i : {60, 67, 68, 69, 98, 99, 100, 101, 103, 104, 106})
             patch.set(e, i, dice.unipolar());
-        for (int i = 0; i < 10; ++i)
+        // Rows push every input far beyond its range.
+        for (int i = 0; i < 5 * 8; ++i)
             patch.set(e, elementIndex::firstModulationRow + i, dice.unipolar());
         patch.set(e, elementIndex::item, e % 3 == 2 ? 0.8f : 0);  // the table, or its wave
         patch.set(e, elementIndex::analogTable, e % 3 == 2 ? 0 : 0.5f);
@@ -165,6 +166,7 @@ TEST(TableElements, AreTheSameForAnyCutOfBlocks) {
     playStorm(whole, pieceFrames);
     EXPECT_GT(measure::rms(whole.left), 0.01);
     EXPECT_TRUE(measure::allFinite(whole.left));
+    EXPECT_LT(measure::peak(whole.left), 10000);
     for (const int piece : {7, 64}) {
         Engine cut;
         playStorm(cut, piece);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 #include "base/units.h"
@@ -219,52 +218,6 @@ TEST(WavetableVoice, SyncRestartsTheTableOncePerPeriod) {
         // Half a turn of a sine is left over: without fractions the edges would jitter by a sample.
         EXPECT_LT(measure::inharmonicDb(measure::spectrum(synced, p.rate), hz, 15000), -40)
             << static_cast<int>(shape);
-    }
-}
-
-TEST(WavetableVoice, AnythingGoesAndARestartForgetsIt) {
-    const auto table = tableOf(saw);
-    Random dice{3};
-    WavetableVoice reused;
-    for (int round = 0; round < 300; ++round) {
-        Player p{TableShape::saw, 0};
-        const auto roll = [&] {
-            p.controls.wavetable = {.sync = dice.draw() % 2 == 0,
-                                    .ratio2 = std::exp(1.4f * dice.bipolar()),
-                                    .aliasing = dice.draw() % 16384,
-                                    .wave2 = dice.draw() % 9,
-                                    .mix2 = dice.unipolar()};
-            p.controls.filterMode = static_cast<FilterMode>(dice.draw() % 10);
-        };
-        roll();
-        p.controls.randomStart = 1;
-        p.controls.start = dice.unipolar();
-        p.controls.velocityToStart = dice.bipolar();
-        const float velocity = dice.bipolar();
-        const Wavetable* played = round % 5 == 0 ? nullptr : table.get();
-        Random first{5}, second{5};
-        p.voice.start(p.controls, played, velocity, first);
-        reused.start(p.controls, played, velocity, second);
-        for (int tick = 0; tick < 50; ++tick) {
-            if (dice.draw() % 10 == 0) {
-                roll();
-                p.voice.refresh(p.controls);
-                reused.refresh(p.controls);
-            }
-            const float increment = std::exp(12 * dice.unipolar() - 10);
-            const float wave = 1.5f * dice.bipolar(), pitch = 100 * std::pow(dice.bipolar(), 9.0f);
-            const FilterInputs f{dice.bipolar(), 4 * dice.bipolar() - 2, dice.bipolar(),
-                                 1.5f * dice.unipolar()};
-            float x[tickFrames], y[tickFrames];
-            p.voice.tick(increment, wave, pitch, f);
-            p.voice.render(x);
-            reused.tick(increment, wave, pitch, f);
-            reused.render(y);
-            ASSERT_EQ(std::memcmp(x, y, sizeof x), 0) << round;
-            const Signal samples(x, x + tickFrames);
-            ASSERT_TRUE(measure::allFinite(samples)) << round;
-            ASSERT_LT(measure::peak(samples), 300) << round;
-        }
     }
 }
 
