@@ -51,7 +51,10 @@ class Extraction {
         json["kind"] = row->name;
         json["second"] = utf8FromWindows1252(bank_.secondName);
         json["code"] = bank_.code;
-        if (*kind == ContentKind::samples) json["format"] = writeSamples();
+        if (*kind == ContentKind::samples) {
+            writeSamples();
+            json["format"] = formatName(bankFormat());
+        }
         if (!bank_.sharedTable.empty()) {
             writeWhole(folder_ + "/shared.bin", bank_.sharedTable);
             json["shared"] = "shared.bin";
@@ -85,7 +88,13 @@ class Extraction {
         if (!entry.secondName.empty()) json["second"] = utf8FromWindows1252(entry.secondName);
         if (kind == ContentKind::samples) {
             json["zones"] = zones(entry.normal);
-            if (entry.eco.size != 0) json["eco"] = zones(entry.eco);
+            if (entry.eco.size != 0) {
+                const SampleFormat format = commonFormat(formatsOf(entry.eco));
+                if (format == bankFormat())
+                    json["eco"] = zones(entry.eco);
+                else
+                    json["eco"] = {{"format", formatName(format)}, {"zones", zones(entry.eco)}};
+            }
             return json;
         }
         if (entry.eco.size != 0)
@@ -146,25 +155,43 @@ class Extraction {
         return first;
     }
 
-    /// Answers the format of the bank.
-    std::string writeSamples() {
-        std::set<SampleFormat> formats;
+    void writeSamples() {
         const auto zones = firstZones();
         for (std::size_t i = 1; i < bank_.samples.size(); ++i) {
             if (bank_.samples[i].size == 0) continue;
             ContentFault fault;
             const auto data = readSampleData(read(bank_.samples[i]), fault);
             if (!data) refuse(fault, bank_.samples[i].offset);
-            formats.insert(data->format());
             const int number = static_cast<int>(i);
             frames_[number] = data->frames();
+            formats_[number] = data->format();
             writeSample(number, *data, zones[i]);
         }
-        if (formats.empty()) return formatName(SampleFormat::pcm16);
-        if (formats.size() == 1) return formatName(*formats.begin());
-        std::cerr << path_ << ": the samples have different formats; bank.json says float\n";
-        return formatName(SampleFormat::float32);
+        if (formatsOfAll().size() > 1)
+            std::cerr << path_ << ": the samples have different formats; bank.json says float\n";
     }
+
+    using Formats = std::set<SampleFormat>;
+
+    Formats formatsOf(FileRange range) const {
+        Formats formats;
+        if (range.size == 0) return formats;
+        for (const Zone& zone : readZones(range))
+            if (const auto found = formats_.find(zone.sampleNumber); found != formats_.end())
+                formats.insert(found->second);
+        return formats;
+    }
+    Formats formatsOfAll() const {
+        Formats formats;
+        for (const auto& item : bank_.items) formats.merge(formatsOf(item.normal));
+        return formats;
+    }
+    /// Floats hold what every other format holds.
+    static SampleFormat commonFormat(const Formats& formats) {
+        if (formats.size() > 1) return SampleFormat::float32;
+        return formats.empty() ? SampleFormat::pcm16 : *formats.begin();
+    }
+    SampleFormat bankFormat() const { return commonFormat(formatsOfAll()); }
 
     void writeSample(int number, const SampleData& data, const std::optional<Zone>& zone) const {
         Sound sound;
@@ -237,7 +264,9 @@ class Extraction {
 
     const std::string path_, folder_;
     BankFile bank_;
-    std::map<int, int> frames_;  // of the samples there are
+    // Of the samples there are.
+    std::map<int, int> frames_;
+    std::map<int, SampleFormat> formats_;
 };
 
 }  // namespace

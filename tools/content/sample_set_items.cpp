@@ -102,9 +102,10 @@ void buildSampleSet(const JsonNode& item, SampleFormat format, SamplePool& pool,
         out.eco = buildZones(*eco, {.format = format}, pool);
         return;
     }
-    eco->allow({"rate", "format"});
+    eco->allow({"rate", "format", "zones"});
+    const auto ecoZones = eco->find("zones");
     const auto ecoFormat = eco->find("format");
-    out.eco = buildZones(zones,
+    out.eco = buildZones(ecoZones ? *ecoZones : zones,
                          {.format = ecoFormat ? sampleFormat(*ecoFormat) : format,
                           .rateHz = eco->integer("rate", lowestRateHz, highestRateHz, 0)},
                          pool);

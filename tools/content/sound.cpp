@@ -46,7 +46,7 @@ void readSamplerChunk(ByteView bytes, Sound& sound) {
     sound.rootKey = static_cast<int>(std::min(bytes.at<std::uint32_t>(rootAt), 127u));
     // The fraction tells by how much the recording is above its root key.
     sound.tuneSemitones =
-        static_cast<float>(-bytes.at<std::uint32_t>(fractionAt) / fractionsPerSemitone);
+        static_cast<float>(-(bytes.at<std::uint32_t>(fractionAt) / fractionsPerSemitone));
     if (bytes.at<std::uint32_t>(loopCountAt) == 0 || !bytes.has(loopsAt, loopBytes)) return;
     const std::int64_t start = bytes.at<std::uint32_t>(loopsAt + loopStartAt),
                        last = bytes.at<std::uint32_t>(loopsAt + loopEndAt);
