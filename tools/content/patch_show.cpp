@@ -16,39 +16,54 @@ namespace stratovane::content_tool {
 
 namespace {
 
-using ShowText = void (Patch::*)(TextOut&, int, int) const;
-
-std::string textOf(const Patch& patch, ShowText show, int element, int index) {
+std::string nameText(const Patch& patch, int element, int index) {
     char buffer[128];
     TextOut out{buffer};
-    (patch.*show)(out, element, index);
+    patch.showName(out, element, index);
+    return utf8FromWindows1252(out.view());
+}
+std::string valueText(const Patch& patch, int element, int index, float value) {
+    char buffer[128];
+    TextOut out{buffer};
+    patch.showValue(out, element, index, value);
     return utf8FromWindows1252(out.view());
 }
 
 /// The index, for human eyes with the parameter's name behind.
 std::string keyOf(const Patch& patch, int element, int index) {
-    const std::string name = textOf(patch, &Patch::showName, element, index);
+    const std::string name = nameText(patch, element, index);
     const std::string number = std::to_string(index);
     return name.find_first_not_of(' ') == std::string::npos ? number : number + " " + name;
 }
 
-Json values(const Patch& patch, const Patch& fresh, int element, Shows shows) {
+/// What a reader puts in the place of these is for players; here stands what the record holds.
+float globalValue(const Patch& patch, const PatchRecord& record, int index) {
+    constexpr int first = recordLayout::globals - recordLayout::headerBytes;
+    const float read = patch.get(0, index);
+    if (index != global::pianoMode && index != global::type) return read;
+    const auto stored = record.fixedPart.at<float>(static_cast<std::uint64_t>(first + 4 * index));
+    return stored >= 0 && stored <= 1 ? stored : read;
+}
+
+Json values(const Patch& patch, const Patch& fresh, const PatchRecord& record, int element,
+            Shows shows) {
     Json json = Json::object();
     const int count = element == 0 ? globalParameters : elementParameters;
     for (int i = 0; i < count; ++i) {
-        const float value = patch.get(element, i);
+        const float value = element == 0 ? globalValue(patch, record, i) : patch.get(element, i);
         if (shows == Shows::changes && value == fresh.get(element, i)) continue;
         Json& entry = json[keyOf(patch, element, i)];
         entry["value"] = shortNumber(value);
-        entry["shows"] = textOf(patch, &Patch::showValue, element, i);
+        entry["shows"] = valueText(patch, element, i, value);
     }
     return json;
 }
 
-Json element(const Patch& patch, const Patch& fresh, int number, Shows shows) {
+Json element(const Patch& patch, const Patch& fresh, const PatchRecord& record, int number,
+             Shows shows) {
     Json json;
     json["name"] = utf8FromWindows1252(patch.text(number));
-    json["values"] = values(patch, fresh, number, shows);
+    json["values"] = values(patch, fresh, record, number, shows);
     return json;
 }
 
@@ -85,9 +100,9 @@ Json scene(int slot, ByteView record) {
     return json;
 }
 
-Json controllers(const Patch& patch, Shows shows) {
+Json controllers(const Patch& patch, const PatchRecord& record, Shows shows) {
     Json json = Json::object();
-    const int type = choice(patch.get(0, global::type), 15.9f);
+    const int type = choice(globalValue(patch, record, global::type), 15.9f);
     const ControllerMap& usual = defaultControllerMap(type);
     for (int controller = 0; controller < recordLayout::controllers; ++controller) {
         const ParameterId id = patch.storedTarget(controller);
@@ -95,13 +110,6 @@ Json controllers(const Patch& patch, Shows shows) {
             json[std::to_string(controller)] = id;
     }
     return json;
-}
-
-/// The value itself: it is the player who wants another one in its place.
-float storedPianoMode(const PatchRecord& record) {
-    constexpr int offset =
-        recordLayout::globals - recordLayout::headerBytes + 4 * global::pianoMode;
-    return record.fixedPart.at<float>(offset);
 }
 
 }  // namespace
@@ -117,7 +125,7 @@ std::string patchJson(const std::string& path, Shows shows) {
                                        std::string{fault->sentence}};
     const auto& record = std::get<PatchRecord>(parsed);
     // Everything into the patch itself; where a slot came from is told beside it.
-    fillPatch(*patch, record, {.pianoMode = storedPianoMode(record)}, trace);
+    fillPatch(*patch, record, {}, trace);
 
     Json json;
     json["name"] = utf8FromWindows1252(patch->name());
@@ -127,10 +135,10 @@ std::string patchJson(const std::string& path, Shows shows) {
     for (int knob = 1; knob <= 6; ++knob)
         json["knobs"].push_back(utf8FromWindows1252(patch->knobName(knob)));
     json["location"] = patch->idWord();
-    json["globals"] = values(*patch, *fresh, 0, shows);
+    json["globals"] = values(*patch, *fresh, record, 0, shows);
     json["elements"] = Json::array();
     for (int number = 1; number <= patch->elementCount(); ++number)
-        json["elements"].push_back(element(*patch, *fresh, number, shows));
+        json["elements"].push_back(element(*patch, *fresh, record, number, shows));
     json["sends"] = Json::array();
     for (int slot = 0; slot < sendSlots; ++slot) {
         const SendSource source = record.sends[static_cast<std::size_t>(slot)].source;
@@ -138,10 +146,10 @@ std::string patchJson(const std::string& path, Shows shows) {
         Json send;
         send["slot"] = slot + 1;
         send["source"] = source == SendSource::master ? "master" : "patch";
-        send.update(element(*patch, *fresh, firstSendSlot + slot, shows));
+        send.update(element(*patch, *fresh, record, firstSendSlot + slot, shows));
         json["sends"].push_back(send);
     }
-    json["controllers"] = controllers(*patch, shows);
+    json["controllers"] = controllers(*patch, record, shows);
     json["scenes"] = Json::array();
     for (int slot = 0; slot < sceneLayout::slots; ++slot)
         if (const auto* stored = patch->scenes().at(slot))
