@@ -284,15 +284,18 @@ TEST_F(ContentTool, SmallVersionsKeepPitchAndLoopAndLoseWhatTheyCannotHold) {
         both[i] = static_cast<std::int16_t>(both[i] + high[i]);
     put(folder_ / "a.wav", Wav{.values = both, .root = 69, .loops = {{0, 4000, 5299}}}.bytes());
     put(folder_ / "s.json", R"({"kind": "samples", "format": "float", "items": [
-        {"zones": [{"file": "a.wav"}], "eco": {"rate": 8000}}]})");
+        {"zones": [{"file": "a.wav", "highKey": 60}, {"file": "a.wav", "length": 5300, "loop": 1300}],
+         "eco": {"rate": 8000}}]})");
     expectOk("bank build s.json -o s.bank");
     const auto items = bank("s.bank").items;
     const auto small = zones("s.bank", items[0].eco);
-    ASSERT_EQ(small.size(), 1u);
+    ASSERT_EQ(small.size(), 2u);
     const auto data = sample("s.bank", 2);
     ASSERT_TRUE(data);
     EXPECT_EQ(small[0].frames, data->frames());
     EXPECT_EQ(small[0].loopFrames, 236);
+    EXPECT_EQ(small[1].frames, small[0].frames);
+    EXPECT_EQ(small[1].loopFrames, 236);
     // The loop lasts as long as before, so the tone's 13 periods have the same pitch.
     EXPECT_NEAR(236.0 / data->rateHz(), 1300.0 / 44100, 1300.0 / 44100 * 1e-4);
     const std::span values{data->float32(), static_cast<std::size_t>(data->frames())};

@@ -24,7 +24,15 @@ const SamplePool::Sample& SamplePool::add(const JsonNode& file, SampleFormat for
         (sound.loop->frames <= 0 || sound.loop->first + sound.loop->frames > sound.frames()))
         file.refuse("the loop that stands in the sound file leaves the recording");
     sample.originalFrames = sound.frames();
-    if (rateHz > 0) sound = resampled(sound, rateHz);
+    if (rateHz > 0) {
+        // What lies behind a loop goes, so the loops tell more than the lengths.
+        auto counted = [&] {
+            return static_cast<double>(sound.loop ? sound.loop->frames : sound.frames());
+        };
+        const double before = counted();
+        sound = resampled(sound, rateHz);
+        sample.ratio = counted() / before;
+    }
     samples_.push_back(writeSampleData(
         {.values = sound.values, .channels = sound.channels, .rateHz = sound.rateHz}, format));
     sample.number = static_cast<int>(samples_.size());

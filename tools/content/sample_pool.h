@@ -22,6 +22,7 @@ class SamplePool {
         Sound sound;     // as encoded; its values are gone
         std::int64_t frames = 0;
         std::int64_t originalFrames = 0;  // before the rate was changed
+        double ratio = 1;                 // frames now to frames then, exactly
     };
     /// `rateHz` 0 keeps the recording's rate. Faults are told at the node.
     const Sample& add(const JsonNode& file, SampleFormat format, int rateHz);

@@ -34,12 +34,7 @@ void setFrames(const JsonNode& node, const SamplePool::Sample& sample, Zone& zon
     const int all = static_cast<int>(sample.originalFrames);
     const int frames = length ? length->integer(0, all) : all;
     const int looped = loopLength ? loopLength->integer(0, frames) : 0;
-    const double ratio =
-        static_cast<double>(sample.frames) / static_cast<double>(sample.originalFrames);
-    const bool whole = sample.frames == sample.originalFrames;
-    auto scaled = [&](int count) {
-        return whole ? count : static_cast<int>(std::lround(count * ratio));
-    };
+    auto scaled = [&](int count) { return static_cast<int>(std::lround(count * sample.ratio)); };
     zone.frames = std::min(scaled(frames), static_cast<int>(sample.frames));
     zone.loopFrames =
         looped == 0 ? 0 : std::clamp(scaled(looped), std::min(1, zone.frames), zone.frames);
