@@ -305,7 +305,7 @@ TEST(Tuning, TextAndItemComeBackValueForValue) {
 Scene randomScene(std::mt19937& random) {
     auto unit = [&] { return static_cast<float>(random() % 1000) / 999; };
     Scene scene{.name = std::string(random() % 32, 'n'),
-                      .flags = static_cast<std::uint32_t>(random() % 4)};
+                .flags = static_cast<std::uint32_t>(random() % 4)};
     for (float& value : scene.knobs) value = unit();
     for (float& value : scene.arpeggiator) value = unit();
     for (float& value : scene.steps) value = unit();
