@@ -49,12 +49,12 @@ Phrase readPhrase(ByteView record) {
 
 }  // namespace
 
-std::optional<SceneRecord> readSceneRecord(ByteView bytes) {
+std::optional<Scene> readSceneRecord(ByteView bytes) {
     const auto size = bytes.at<std::uint32_t>(0);
     if (size < eventsAt || size > std::numeric_limits<std::int32_t>::max() || !bytes.has(0, size))
         return std::nullopt;
     const ByteView record = bytes.part(0, size);
-    SceneRecord scene;
+    Scene scene;
     scene.name = record.part(nameAt, nameBytes - 1).terminatedText();
     scene.flags = record.at<std::uint32_t>(flagsAt);
     readValues(record, knobsAt, scene.knobs);
@@ -65,13 +65,13 @@ std::optional<SceneRecord> readSceneRecord(ByteView bytes) {
     return scene;
 }
 
-std::size_t sceneRecordBytes(const SceneRecord& scene) {
+std::size_t sceneRecordBytes(const Scene& scene) {
     const std::size_t events = eventsAt + eventBytes * scene.phrase.events.size();
     return scene.storedBytes == 0 ? events + freshTail
                                   : std::max<std::size_t>(scene.storedBytes, events);
 }
 
-Bytes writeSceneRecord(const SceneRecord& scene) {
+Bytes writeSceneRecord(const Scene& scene) {
     ByteWriter out;
     out.put(static_cast<std::uint32_t>(sceneRecordBytes(scene)));
     out.text(scene.name, nameBytes);

@@ -11,7 +11,7 @@
 
 namespace stratovane {
 
-struct SceneRecord {
+struct Scene {
     static constexpr std::uint32_t recallsKnobs = 1, recallsArpeggiator = 2;  // of `flags`
 
     std::string name{};  // at most 31 characters
@@ -23,17 +23,17 @@ struct SceneRecord {
     // The size the record had or is to have at least; 0: that of a fresh record.
     std::uint32_t storedBytes = 0;
 
-    bool operator==(const SceneRecord&) const = default;
+    bool operator==(const Scene&) const = default;
 };
 
 /// Reads the record that begins with the first byte; its size word says where it ends. Nothing when
 /// that is below the fixed part or beyond the bytes. A phrase that does not fit the record or whose
 /// length is not usable is empty; its events are checked. NaN becomes 0. UI thread.
-std::optional<SceneRecord> readSceneRecord(ByteView bytes);
+std::optional<Scene> readSceneRecord(ByteView bytes);
 
 /// Size of what `writeSceneRecord` gives.
-std::size_t sceneRecordBytes(const SceneRecord& scene);
+std::size_t sceneRecordBytes(const Scene& scene);
 /// Reserved bytes are 0. Any thread but the audio thread.
-Bytes writeSceneRecord(const SceneRecord& scene);
+Bytes writeSceneRecord(const Scene& scene);
 
 }  // namespace stratovane

@@ -137,7 +137,7 @@ TEST(Damage, WavetablesToneWheelsAndTunings) {
 }
 
 TEST(Damage, Scenes) {
-    SceneRecord scene{.name = "Scene"};
+    Scene scene{.name = "Scene"};
     for (int i = 0; i < 8; ++i) scene.phrase.events.push_back({i * 0.5, 0.25, 0x90, 60, 100});
     damage(writeSceneRecord(scene), 6000, [](const Bytes& bytes) {
         const auto read = readSceneRecord(bytes);

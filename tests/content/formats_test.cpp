@@ -302,10 +302,10 @@ TEST(Tuning, TextAndItemComeBackValueForValue) {
     EXPECT_EQ(readTuningItem(Bytes(3), fault), nullptr);
 }
 
-SceneRecord randomScene(std::mt19937& random) {
+Scene randomScene(std::mt19937& random) {
     auto unit = [&] { return static_cast<float>(random() % 1000) / 999; };
-    SceneRecord scene{.name = std::string(random() % 32, 'n'),
-                      .flags = static_cast<std::uint32_t>(random() % 4)};
+    Scene scene{.name = std::string(random() % 32, 'n'),
+                .flags = static_cast<std::uint32_t>(random() % 4)};
     for (float& value : scene.knobs) value = unit();
     for (float& value : scene.arpeggiator) value = unit();
     for (float& value : scene.steps) value = unit();
@@ -328,7 +328,7 @@ SceneRecord randomScene(std::mt19937& random) {
 TEST(SceneRecord, ComesBackByteForByte) {
     std::mt19937 random{17};
     for (int round = 0; round < 200; ++round) {
-        SceneRecord scene = randomScene(random);
+        Scene scene = randomScene(random);
         const Bytes bytes = writeSceneRecord(scene);
         ASSERT_EQ(bytes.size(), (3 * scene.phrase.events.size() + 66) * 8);
         const auto read = readSceneRecord(bytes);
@@ -344,7 +344,7 @@ TEST(SceneRecord, ComesBackByteForByte) {
 
 TEST(SceneRecord, SizesAndCountsThatLie) {
     std::mt19937 random{19};
-    SceneRecord scene = randomScene(random);
+    Scene scene = randomScene(random);
     scene.phrase.events.assign(
         3, {.beats = 1, .lengthBeats = 1, .status = 0x90, .data1 = 60, .data2 = 100});
     const Bytes good = writeSceneRecord(scene);
