@@ -194,7 +194,7 @@ void readTail(Patch& patch, const PatchRecord& record, Trace& trace) {
                                       static_cast<std::uint64_t>(i) * sizeof(ParameterId)));
     for (int slot = 0; slot < sceneLayout::slots; ++slot) {
         if (auto scene = readSceneRecord(record.scenes[static_cast<std::size_t>(slot)]))
-            patch.scenes().put(slot, std::make_shared<const SceneRecord>(std::move(*scene)));
+            patch.scenes().put(slot, std::make_shared<const Scene>(std::move(*scene)));
     }
     // Only the scene's phrase counts now: the record's own knobs and arpeggio stand.
     patch.scenes().select(choice(patch.get(0, global::currentScene), 64.9f));

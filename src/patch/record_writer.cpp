@@ -34,7 +34,7 @@ SendSource sendSource(const Patch& patch, const Patch* master, int number) {
 void writeScenes(ByteWriter& out, const SceneTable& scenes) {
     out.put(static_cast<std::int32_t>(scenes.highest()));
     for (int slot = 0; slot <= scenes.highest(); ++slot) {
-        if (const SceneRecord* scene = scenes.at(slot))
+        if (const Scene* scene = scenes.at(slot))
             out.append(writeSceneRecord(*scene));
         else
             out.put<std::uint32_t>(0);

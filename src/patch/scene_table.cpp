@@ -4,7 +4,7 @@
 
 namespace stratovane {
 
-const SceneRecord* SceneTable::at(int slot) const {
+const Scene* SceneTable::at(int slot) const {
     return slot >= 0 && slot < sceneLayout::slots ? records_[static_cast<std::size_t>(slot)].get()
                                                   : nullptr;
 }

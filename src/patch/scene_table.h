@@ -13,10 +13,10 @@ namespace stratovane {
 /// Threads: UI thread (builder before hand-over).
 class SceneTable {
   public:
-    using Record = std::shared_ptr<const SceneRecord>;
+    using Record = std::shared_ptr<const Scene>;
 
     /// Null for an empty slot, and outside 0..63.
-    const SceneRecord* at(int slot) const;
+    const Scene* at(int slot) const;
     /// Raises the highest slot when needed. Answers what stood there before, or the record itself
     /// when there is no such slot.
     Record put(int slot, Record record);

@@ -342,7 +342,7 @@ TEST(SceneRecord, ComesBackByteForByte) {
     EXPECT_EQ(ByteView{empty}.at<float>(496), 4.0f);
 }
 
-TEST(SceneRecord, SizesAndCountsThatLie) {
+TEST(Scene, SizesAndCountsThatLie) {
     std::mt19937 random{19};
     Scene scene = randomScene(random);
     scene.phrase.events.assign(

@@ -46,13 +46,13 @@ Bytes behind(std::size_t count, const Bytes& bytes) {
 }
 
 /// A scene of a size, with a note when there is room for one.
-SceneRecord makeScene(std::uint32_t bytes, std::uint32_t flags = 0) {
-    SceneRecord scene{.name = "Scene", .flags = flags, .knobs = {0.75f}, .storedBytes = bytes};
+Scene makeScene(std::uint32_t bytes, std::uint32_t flags = 0) {
+    Scene scene{.name = "Scene", .flags = flags, .knobs = {0.75f}, .storedBytes = bytes};
     if (bytes >= 528) scene.phrase.events = {{0.5, 0.25, 0x90, 60, 100}};
     return scene;
 }
-void putScene(Patch& patch, int slot, const SceneRecord& scene) {
-    patch.scenes().put(slot, std::make_shared<const SceneRecord>(scene));
+void putScene(Patch& patch, int slot, const Scene& scene) {
+    patch.scenes().put(slot, std::make_shared<const Scene>(scene));
 }
 
 struct Records : testing::Test {
@@ -403,7 +403,7 @@ TEST_F(Records, ScenesComeWithThePatch) {
     Patch patch{shared};
     patch.store(0, global::currentScene, (3 + 0.5f) / 64.9f);
     patch.store(0, global::knob1, 0.25f);
-    const SceneRecord three = makeScene(536, 3);
+    const Scene three = makeScene(536, 3);
     Bytes badCount = writeSceneRecord(makeScene(528));
     put(badCount, 500, 2);
     ByteWriter out;

@@ -667,8 +667,7 @@ TEST_F(ContentTool, PatchesComeBackByteForByte) {
         scene.phrase.events = {{0.1, 1.0 / 3, 0x90, 60, 100}, {2, 0, 0xB0, 1, 5}};
         scene.phrase.passThrough = round % 2 == 0;
         scene.storedBytes = round < 3 ? 0 : 700;
-        patch.scenes().put(round % 2 == 0 ? 5 : 0,
-                           std::make_unique<const SceneRecord>(writeSceneRecord(scene)));
+        patch.scenes().put(round % 2 == 0 ? 5 : 0, std::make_shared<const Scene>(scene));
         patch.setIdWord(static_cast<std::uint32_t>(random()));
         Bytes record = writePatchRecord(patch, &master);
         // Content makers have codes of their own.

@@ -148,7 +148,7 @@ void setScenes(const JsonNode& list, Patch& patch) {
         readNumbers(node, "steps", scene.steps);
         if (const auto phrase = node.find("phrase")) scene.phrase = readPhrase(*phrase);
         scene.storedBytes = static_cast<std::uint32_t>(node.integer("bytes", 0, mostBytes, 0));
-        patch.scenes().put(slot, std::make_unique<const SceneRecord>(writeSceneRecord(scene)));
+        patch.scenes().put(slot, std::make_shared<const Scene>(std::move(scene)));
     }
 }
 
