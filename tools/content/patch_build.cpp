@@ -140,8 +140,8 @@ void setScenes(const JsonNode& list, Patch& patch) {
         node.allow({"slot", "name", "flags", "knobs", "arp", "steps", "phrase", "bytes"});
         const int slot = node.at("slot").integer(0, sceneLayout::slots - 1);
         if (patch.scenes().at(slot) != nullptr) node.refuse("this slot stands twice");
-        constexpr int mostBytes = 1 << 24, mostFlags = 0x7FFFFFFF;
-        Scene scene{.name = node.text("name", longestOf(sceneLayout::nameBytes))};
+        constexpr int sceneNameBytes = 32, mostBytes = 1 << 24, mostFlags = 0x7FFFFFFF;
+        Scene scene{.name = node.text("name", longestOf(sceneNameBytes))};
         scene.flags = static_cast<std::uint32_t>(node.integer("flags", 0, mostFlags, 0));
         readNumbers(node, "knobs", scene.knobs);
         readNumbers(node, "arp", scene.arpeggiator);

@@ -74,11 +74,9 @@ Json numbers(const std::array<float, n>& all) {
     return list;
 }
 
-Json scene(int slot, ByteView record) {
-    const auto scene = readSceneRecord(record);
+Json sceneJson(int slot, const Scene* scene) {
     Json json;
     json["slot"] = slot;
-    if (!scene) return json;
     json["name"] = utf8FromWindows1252(scene->name);
     json["flags"] = scene->flags;
     json["knobs"] = numbers(scene->knobs);
@@ -153,7 +151,7 @@ std::string patchJson(const std::string& path, Shows shows) {
     json["scenes"] = Json::array();
     for (int slot = 0; slot < sceneLayout::slots; ++slot)
         if (const auto* stored = patch->scenes().at(slot))
-            json["scenes"].push_back(scene(slot, stored->bytes()));
+            json["scenes"].push_back(sceneJson(slot, stored));
     return json.dump(1) + "\n";
 }
 
