@@ -31,6 +31,14 @@ void HostParameters::rememberInsert(const HostAddress& insert) {
              patch.get(firstSendSlot + insert.slot, hostRow(insert).target));
 }
 
+void HostParameters::rememberMaster(int slot) {
+    for (int row = 0; row < effectRows; ++row) {
+        const HostAddress address{HostBlock::master, 0, slot, row};
+        remember(encodeHostIndex(address),
+                 engine_.read()->master().get(firstSendSlot + slot, hostRow(address).target));
+    }
+}
+
 bool HostParameters::partIsEmpty(int part) const {
     const Patch& patch = engine_.read()->patch(part);
     return patch.name().empty() && patch.elementCount() == 0;

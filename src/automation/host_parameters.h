@@ -39,6 +39,8 @@ class HostParameters {
     void remember(int index, float value) { values_[static_cast<std::size_t>(index)] = value; }
     /// Likewise from the part's insert effect.
     void rememberInsert(const HostAddress& insert);
+    /// Likewise the 24 values of a master effect, slot 0..3.
+    void rememberMaster(int slot);
     /// Whether a part's patch has neither name nor elements.
     bool partIsEmpty(int part) const;
 

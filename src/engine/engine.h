@@ -14,6 +14,7 @@
 #include "engine/lift.h"
 #include "engine/part_events.h"
 #include "engine/playing_chain.h"
+#include "voice/arpeggiator_log.h"
 #include "voice/send_bus.h"
 
 namespace stratovane {
@@ -76,6 +77,8 @@ class Engine {
     void idle();
     /// Whether something waits for idle or for the next block.
     bool busy() const;
+    /// What the arpeggiators play, once it is turned on.
+    ArpeggiatorLog& arpeggiatorLog() { return log_; }
     /// Highest number of sounding voices since last asked.
     int takeHighestVoices();
 
@@ -115,7 +118,8 @@ class Engine {
     std::array<ControllerMemory, parts> memories_;
     std::int32_t blockFrames_ = 256;
     std::int32_t retiringRenders_ = 0;
-    bool freeVoices_ = false;  // after an overload, at the next block
+    std::int64_t rendered_ = 0;  // frames before the piece
+    bool freeVoices_ = false;    // after an overload, at the next block
 
     // Either thread
     Shared<std::int32_t> retireAll_{0};  // blocks the countdown still runs
@@ -124,6 +128,7 @@ class Engine {
     Shared<std::uint32_t> retireAt_{0};      // no instance is deleted before this block has passed
     Shared<std::int32_t> retiringCount_{0};  // retiring instances rendered in the last block
     Shared<std::int32_t> highestVoices_{0};
+    ArpeggiatorLog log_;
     SharedBits renewEffects_;  // after an overload, at the next idle call
 
     // UI thread

@@ -18,7 +18,9 @@ constexpr MidiBytes bytesOf(const EventRecord& event) {
 
 }  // namespace
 
-RenderTarget Engine::target() { return {buffers_.data(), touched_.data(), pairs_, sends_.data()}; }
+RenderTarget Engine::target() {
+    return {buffers_.data(), touched_.data(), pairs_, sends_.data(), &log_, rendered_};
+}
 
 void Engine::handleEvent(int part, const EventRecord& event) {
     constexpr std::uint8_t programChange = 0xC0;
@@ -63,6 +65,7 @@ void Engine::render(const RenderBlock& block, Transport& transport) {
         const bool last = from + frames == block.frames;
         overloaded |= !renderPiece(block, from, frames, transport.time(), last);
         transport.advance(frames);
+        rendered_ += frames;
         from += frames;
     } while (from < block.frames);
     int voices = 0;

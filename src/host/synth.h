@@ -111,7 +111,7 @@ class Synth : public HostPluginBase {
     ContentLibrary library_{trace_};  // UI thread
     ProgramList programs_{library_};
     HostParameters parameters_{shared_, multi_, commands_};
-    PatchLoader patchLoader_{multi_, settings_, parameters_, trace_};
+    PatchLoader patchLoader_{multi_, settings_, parameters_, commands_, trace_};
     LibraryLoader loader_{library_, patchLoader_, multi_, trace_};
     MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
     MidiEcho echo_;

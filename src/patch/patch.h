@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/engine_shared.h"
+#include "base/published.h"
 #include "base/shared.h"
 #include "base/text_out.h"
 #include "content/content_data.h"
@@ -22,6 +23,7 @@ namespace stratovane {
 class Element;
 class PatchTexts;
 class SceneTable;
+struct Phrase;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -132,6 +134,9 @@ class Patch {
     void setIdWord(std::uint32_t word) { idWord_ = word; }
 
     const ArpeggiatorSettings& arpeggiator() const { return arpeggiator_; }
+    /// What the arpeggiator plays in its phrase mode; null when nothing is selected. It may change
+    /// between two calls; what it pointed to before outlives the render in progress. Audio thread.
+    const Phrase* phrase() const { return phrase_.read(); }
 
     /// What a controller 0..127 drives; noParameter if nothing. Never a parameter for a controller
     /// that the engine interprets itself; the map keeps such an entry all the same. Any thread.
@@ -196,6 +201,7 @@ class Patch {
     std::unique_ptr<Element[]> elements_;  // [0] is not used
     std::unique_ptr<PatchTexts> texts_;
     std::unique_ptr<SceneTable> scenes_;
+    Published<const Phrase> phrase_;  // of a scene in the table
     std::uint32_t idWord_ = 0;
     ParameterMarks changed_;  // for the owner of the controls
     ParameterMarks loading_;  // for the UI thread, which passes them on as

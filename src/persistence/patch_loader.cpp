@@ -3,6 +3,7 @@
 #include <array>
 
 #include "automation/host_parameters.h"
+#include "engine/command_ring.h"
 #include "engine/engine.h"
 #include "engine/multi_setup.h"
 #include "patch/parameter_ids.h"
@@ -81,16 +82,20 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     showToHost(part);
 
     // A record may have brought effects of its own into free slots of the master channel.
-    for (int slot = 0; slot < sendSlots; ++slot) {
-        if (!read.filledMaster[static_cast<std::size_t>(slot)]) continue;
-        for (int row = 0; row < effectRows; ++row) {
-            const HostAddress address{HostBlock::master, 0, slot, row};
-            parameters_.remember(
-                encodeHostIndex(address),
-                engine.master().get(firstSendSlot + slot, hostRow(address).target));
-        }
-    }
+    for (int slot = 0; slot < sendSlots; ++slot)
+        if (read.filledMaster[static_cast<std::size_t>(slot)]) parameters_.rememberMaster(slot);
     return true;
+}
+
+void PatchLoader::clear(Engine& engine, int part) {
+    engine.patch(part).store(0, global::levelTrim, 0.0f);
+    commands_.push(CommandKind::controller, part, CommandRing::allSoundOff, 0);
+    engine.adopt(part, engine.makeInstance(part));
+    PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
+    setup.location = 0;
+    setup.pendingProgram.store(0);
+    showToHost(part);
+    for (auto& knob : setup.knobs) knob = 0.5f;
 }
 
 /// The outgoing patch's values go into the new one before it plays.

@@ -8,6 +8,7 @@
 
 namespace stratovane {
 
+class CommandRing;
 class Engine;
 class HostParameters;
 class Patch;
@@ -19,8 +20,12 @@ struct Settings;
 class PatchLoader {
   public:
     PatchLoader(MultiSetup& multi, const Settings& settings, HostParameters& parameters,
-                Trace& trace)
-        : multi_{multi}, settings_{settings}, parameters_{parameters}, trace_{trace} {}
+                CommandRing& commands, Trace& trace)
+        : multi_{multi},
+          settings_{settings},
+          parameters_{parameters},
+          commands_{commands},
+          trace_{trace} {}
 
     enum class Mode { load, restore };  // restoring a whole bank takes everything from the record
     static constexpr int noBank = -1;
@@ -35,6 +40,8 @@ class PatchLoader {
     /// False, the part unchanged and the reason traced, when the bytes hold no patch record.
     bool load(Engine& engine, int part, ByteView block, const Source& source);
     bool load(Engine& engine, int part, const PatchRecord& record, const Source& source);
+    /// Ends the part's notes and leaves it without patch and location.
+    void clear(Engine& engine, int part);
 
   private:
     void settleMixer(int part, Patch& fresh, Mode mode) const;
@@ -43,6 +50,7 @@ class PatchLoader {
     MultiSetup& multi_;
     const Settings& settings_;
     HostParameters& parameters_;
+    CommandRing& commands_;
     Trace& trace_;
 };
 
