@@ -22,6 +22,7 @@
 #include "content/tone_wheels.h"
 #include "content/tuning_table.h"
 #include "content/wavetable.h"
+#include "effects/catalogue.h"
 #include "patch/record_reader.h"
 #include "patch/record_writer.h"
 #include "patch/scene_table.h"
@@ -656,7 +657,7 @@ TEST_F(ContentTool, PatchesComeBackByteForByte) {
             for (int i = 0; i < elementParameters; ++i) owner->recall(slot, i, value());
             owner->recall(slot, elementIndex::mute, 0);
             owner->recall(slot, elementIndex::type, 0);
-            owner->recall(slot, elementIndex::item, 0.25f);
+            owner->recall(slot, elementIndex::item, storedEffectType(20));
         }
         for (int i = 0; i < 10; ++i)
             patch.assignController(static_cast<int>(random() % 128),
@@ -685,6 +686,7 @@ TEST_F(ContentTool, PatchesComeBackByteForByte) {
     expectOk("patch show p.fxp");
     EXPECT_NE(out_.find("\"name\": \"Grüß €\""), std::string::npos) << out_.substr(0, 200);
     EXPECT_NE(out_.find("\"106 "), std::string::npos);
+    EXPECT_NE(out_.find("\"source\": \"master\""), std::string::npos);
 }
 
 TEST_F(ContentTool, FaultsOfPatchJsonAreToldWithTheirPlace) {

@@ -111,12 +111,15 @@ void AnalogVoice::refresh(const ElementControls& controls, float sampleRate) {
 void AnalogVoice::chooseCore(const ElementControls& controls) {
     const AnalogControls& a = controls.analog;
     const FilterMode mode = controls.filterMode;
-    const bool modulated = filterMod_ >= modulationFloor;
+    // The oscillator pair's loop modulates by any amount, the single oscillator's has no such
+    // input.
+    const bool modulated = dual_ ? filterMod_ > 0 : filterMod_ >= modulationFloor;
     const float distortion = dual_ ? a.filterDistortion : 0;
     FilterCore core = modulated ? FilterCore::digitalModulated : FilterCore::digital;
     if (ladder_)
         core = modulated || distortion > 0 ? FilterCore::ladderModulated : FilterCore::ladder;
-    else if (a.ladder && modulated && (mode == FilterMode::band18 || mode == FilterMode::peak))
+    else if (a.ladder && filterMod_ >= modulationFloor &&
+             (mode == FilterMode::band18 || mode == FilterMode::peak))
         core = FilterCore::alternativeBand;
     filter_.setCore(core, filterMod_, distortion);
     if (!ladder_ || hasLadder(mode)) filter_.setMode(mode);  // else the old one until the next note
