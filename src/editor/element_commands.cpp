@@ -12,6 +12,7 @@ namespace {
 /// Changes a copy of a part's patch and hands it over.
 template <class Change>
 void rebuild(Engine& engine, int part, Change change) {
+    engine.patch(part).applyLoading();  // a phrase that still waits to be loaded comes along
     auto instance = engine.makeInstance(part);
     instance->patch().copyFrom(engine.patch(part));
     change(instance->patch());
