@@ -15,9 +15,12 @@ class RetiredList {
   public:
     template <class T>
     void add(std::unique_ptr<T> thing, const RenderEpoch& epoch) {
-        if (thing)
-            queue_.push_back(
-                {std::shared_ptr<const void>{std::move(thing)}, epoch.stamp(), idleCalls});
+        add(std::shared_ptr<T>{std::move(thing)}, epoch);
+    }
+    /// What is shared: only this share of it goes.
+    template <class T>
+    void add(std::shared_ptr<T> thing, const RenderEpoch& epoch) {
+        if (thing) queue_.push_back({std::move(thing), epoch.stamp(), idleCalls});
     }
     /// Once an idle call.
     void tick(const RenderEpoch& epoch) {

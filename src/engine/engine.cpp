@@ -73,9 +73,11 @@ void Engine::allSoundOff(int part) {
 }
 
 void Engine::idle() {
+    // What waits to be loaded has waited long enough, whichever part's turn it is.
+    for (auto& chain : chains_) chain->current().patch().applyLoading();
+    master_.applyLoading();
     idlePart_ = (idlePart_ + 1) % parts;
     current(idlePart_).idle();
-    if (idlePart_ == 0) master_.applyLoading();
     if (renewEffects_.take() != 0) {
         // What overloaded may still ring in an effect.
         for (auto& chain : chains_) chain->current().patch().renewEffects();

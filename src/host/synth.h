@@ -10,6 +10,7 @@
 #include "base/render_gate.h"
 #include "base/trace.h"
 #include "content/content_library.h"
+#include "editor/editor_access.h"
 #include "engine/command_ring.h"
 #include "engine/content_presence.h"
 #include "engine/multi_setup.h"
@@ -71,6 +72,9 @@ class Synth : public HostPluginBase {
                                         MidiProgramCategory* category) override;
     bool hasMidiProgramsChanged(std::int32_t channel) override;
     void onUserInterfaceRequest() override;
+
+    /// For the editor, which lives no longer than this object.
+    EditorAccess editorAccess() { return {engine_, parameters_, multi_, settings_, trace_}; }
 
     /// The last step of construction, once the whole object is there.
     void finishConstruction();

@@ -2,7 +2,8 @@
 
 namespace stratovane {
 
-SynthPlugin::SynthPlugin(HostCallback host) : Synth{host}, editor_{std::make_unique<Editor>()} {
+SynthPlugin::SynthPlugin(HostCallback host)
+    : Synth{host}, editor_{std::make_unique<Editor>(editorAccess())} {
     record_.flags |= hasEditor;
     finishConstruction();
 }

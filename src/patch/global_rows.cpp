@@ -438,7 +438,10 @@ constexpr auto listed = std::to_array<GlobalRow>({
     {.id = 142, .name = "ofs", .apply = rebuildMacros},
     {.id = 143, .name = "rng", .apply = rebuildMacros},
     {.id = 148, .name = "Glide Time", .initial = 0.5f, .apply = setMacroBase},
-    {.id = 149, .name = "Current Scene", .show = showScene},
+    {.id = 149,
+     .name = "Current Scene",
+     .apply = [](auto& s, float) { s.enterStoredScene(); },
+     .show = showScene},
     {.id = 150, .name = "Scene MIDI Select", .show = showSwitch<onOff>},
     {.id = 151, .name = "Scene Root Note", .initial = 1.0f, .show = showKey<1289>},
 });

@@ -23,6 +23,7 @@ struct GlobalScope {
     void turnKnob(int knob);               // 0..5, to its stored position
     void rebuildMacros();                  // bases and offsets of all macro destinations
     void resetControllers();               // to the defaults of controls.type
+    void enterStoredScene();               // the scene that "Current Scene" names, if it is there
     /// A value bent by macro destination 0..14.
     float macro(int destination, float v) const;
 };

@@ -146,6 +146,7 @@ void Patch::applyGlobal(int index) {
 
 void Patch::applyMarked() {
     if (due_.take() == 0) return;
+    if (phraseStale_.take() != 0) followPhrase();
     loaded_.take([this](int number, int index) { apply(number, index); });
     changed_.take([this](int number, int index) {
         // A type change on its way may have made a plain row of one that loads.
@@ -172,6 +173,8 @@ void Patch::load(int number, int index) {
         refreshTuningTable(0);
     } else if (index >= global::tuningBank2 && index < global::tuningBank2 + 2) {
         refreshTuningTable(1);
+    } else if (index == global::phraseProgram) {
+        loadPhrase();
     } else {
         // ECO switch and piano variant choose for the elements.
         for (int n = 1; n <= elementCount_; ++n) element(n).refreshContent();
@@ -241,6 +244,7 @@ void GlobalScope::reapplyPianoLayers() {
 void GlobalScope::turnKnob(int knob) { patch.turnKnob(knob); }
 void GlobalScope::rebuildMacros() { patch.rebuildMacros(); }
 void GlobalScope::resetControllers() { patch.resetControllers(controls.type); }
+void GlobalScope::enterStoredScene() { patch.enterStoredScene(); }
 float GlobalScope::macro(int destination, float v) const { return patch.macro(destination, v); }
 
 // Texts.
@@ -319,17 +323,28 @@ void Patch::setElementCount(int count) {
 }
 
 void Patch::initElement(int number, ElementType type) {
+    std::array<float, elementParameters> common;
+    for (int i = 0; i < elementParameters; ++i)
+        common[static_cast<std::size_t>(i)] = constructionValue(i);
+    initElement(number, type, common);
+}
+
+void Patch::initElement(int number, ElementType type,
+                        std::span<const float, elementParameters> common) {
     const bool slot = number >= firstSendSlot && number <= elementTotal;
     if (slot ? type != ElementType::effect : number < 1 || number > elementCount_) return;
     if (type < ElementType::effect || type > ElementType::analog) return;
+    constexpr int typedValues = 20;  // of the block, at its start; no type has other initial ones
     const auto init = [&](int index, float value) { recall(number, index, value); };
     init(elementIndex::mute, 0.0f);
     init(elementIndex::item, 1.0f);
     init(elementIndex::type, static_cast<float>(type) * 0.06666667f);
-    for (int i = elementIndex::receive; i < elementIndex::firstBlock; ++i)
-        init(i, constructionValue(i));
-    for (int i = elementIndex::firstBlock; i < elementParameters; ++i)
-        init(i, initialValue(type, i));
+    for (int i = elementIndex::receive; i < elementParameters; ++i) {
+        const bool isTypes =
+            i >= elementIndex::firstBlock && i < elementIndex::firstBlock + typedValues;
+        init(i, isTypes ? initialValue(type, i) : common[static_cast<std::size_t>(i)]);
+    }
+    if (type == ElementType::fm) init(elementIndex::filterVelocityToAttack, 0.5f);
     if (type == ElementType::analog) init(elementIndex::randomStart, 1.0f);
     setText(number, elementTypeName(type));
 }
@@ -344,7 +359,13 @@ void Patch::makeSawtooth() {
 
 void Patch::copyFrom(const Patch& other) {
     setElementCount(other.elementCount());
-    for (int i = 0; i < globalParameters; ++i) recall(0, i, other.get(0, i));
+    for (int i = 0; i < globalParameters; ++i) {
+        // The scenes come as they are, with the phrase that "Prog" once loaded.
+        if (i == global::phraseProgram || i == global::currentScene)
+            values_[static_cast<std::size_t>(i)] = other.values_[static_cast<std::size_t>(i)];
+        else
+            recall(0, i, other.get(0, i));
+    }
     for (int number = 1; number <= elementTotal; ++number)
         for (int i = 0; i < elementParameters; ++i) recall(number, i, other.get(number, i));
     constexpr int firstText = -10;
@@ -353,6 +374,8 @@ void Patch::copyFrom(const Patch& other) {
     for (int controller = 0; controller < 128; ++controller)
         assignController(controller, other.storedTarget(controller));
     scenes() = other.scenes();
+    phraseSlot_ = other.phraseSlot_;
+    followPhrase();
     setIdWord(other.idWord());
 }
 

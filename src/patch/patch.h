@@ -24,6 +24,7 @@ class Element;
 class PatchTexts;
 class SceneTable;
 struct Phrase;
+struct Scene;
 
 inline constexpr int maxElements = 64;
 inline constexpr int sendSlots = 4;
@@ -42,7 +43,8 @@ inline constexpr ParameterId noParameter = 0xFFFF;
 /// (`set`). Rows that load, free or build are first done by the UI thread (`applyLoading`), which
 /// then marks them for the owner like any other. Texts belong to the UI thread.
 /// Invariants: every converted value follows from stored values alone, so applying a row again
-/// changes nothing; names and displays read stored values only.
+/// changes nothing ("Current Scene" alone acts when it is set); names and displays read stored
+/// values only.
 class Patch {
   public:
     explicit Patch(const EngineShared& shared);
@@ -120,14 +122,27 @@ class Patch {
     std::span<const std::uint8_t> effectElements();
     /// Elements beyond the count stay muted and nameless. Builder.
     void setElementCount(int count);
-    /// Fills an element with the defaults of a type and names it after the type. Builder.
+    /// Fills an element with the defaults of a type and names it after the type; of a send slot,
+    /// only "Effect". Others than 1..count and 65..68 change nothing. UI thread.
     void initElement(int number, ElementType type);
+    /// Takes what all types have from `common` instead of the defaults.
+    void initElement(int number, ElementType type,
+                     std::span<const float, elementParameters> common);
     /// The patch of a fresh part 1: one plain analog voice. Builder.
     void makeSawtooth();
 
-    /// Phrase and scenes as stored. UI thread.
+    /// Phrase and scenes as stored. Writing to the table itself is the builder's. UI thread.
     SceneTable& scenes() { return *scenes_; }
     const SceneTable& scenes() const { return *scenes_; }
+    /// Puts a record into a slot 0..63; the arpeggiator goes on with its phrase if it played what
+    /// stood there before. UI thread.
+    void putScene(int slot, std::shared_ptr<const Scene> record);
+    enum class Recall { values, nothing };
+    /// Makes a filled slot the current scene: recalls the values that its flags name and hands its
+    /// phrase to the arpeggiator. False, and nothing changed, for other slots. UI thread.
+    bool selectScene(int slot, Recall recall = Recall::values);
+    /// A phrase becomes the patch's own, slot 0, and is selected. UI thread.
+    void takePhrase(std::shared_ptr<const Scene> record);
     /// Where the patch lives in the library (bank * 256 + program), kept and written with it. UI
     /// thread.
     std::uint32_t idWord() const { return idWord_; }
@@ -136,6 +151,7 @@ class Patch {
     const ArpeggiatorSettings& arpeggiator() const { return arpeggiator_; }
     /// What the arpeggiator plays in its phrase mode; null when nothing is selected. It may change
     /// between two calls; what it pointed to before outlives the render in progress. Audio thread.
+    /// Applying what is marked comes first.
     const Phrase* phrase() const { return phrase_.read(); }
 
     /// What a controller 0..127 drives; noParameter if nothing. Never a parameter for a controller
@@ -185,6 +201,14 @@ class Patch {
     /// What rows that load need done. UI thread (builder before hand-over).
     void load(int element, int index);
     void refreshTuningTable(int slot);
+    /// "Current Scene" as stored. Owner.
+    void enterStoredScene();
+    void recallValues(const Scene& scene, int slot, When when);
+    void choosePhrase(const Scene& scene, int slot);
+    /// Hands over the phrase of the chosen slot. Owner.
+    void followPhrase();
+    void askForPhrase();  // to be followed by the owner
+    void loadPhrase();
 
     double rate_;        // Hz
     float tempo_ = 120;  // quarter notes a minute
@@ -201,7 +225,9 @@ class Patch {
     std::unique_ptr<Element[]> elements_;  // [0] is not used
     std::unique_ptr<PatchTexts> texts_;
     std::unique_ptr<SceneTable> scenes_;
-    Published<const Phrase> phrase_;  // of a scene in the table
+    Published<const Phrase> phrase_;      // of a scene in the table; null without events
+    Shared<std::int32_t> phraseSlot_{0};  // of that scene
+    SharedBits phraseStale_;              // the owner looks at the slot again
     std::uint32_t idWord_ = 0;
     ParameterMarks changed_;  // for the owner of the controls
     ParameterMarks loading_;  // for the UI thread, which passes them on as

@@ -197,7 +197,7 @@ void readTail(Patch& patch, const PatchRecord& record, Trace& trace) {
             patch.scenes().put(slot, std::make_shared<const Scene>(std::move(*scene)));
     }
     // Only the scene's phrase counts now: the record's own knobs and arpeggio stand.
-    patch.scenes().select(choice(patch.get(0, global::currentScene), 64.9f));
+    patch.selectScene(choice(patch.get(0, global::currentScene), 64.9f), Patch::Recall::nothing);
 }
 
 }  // namespace

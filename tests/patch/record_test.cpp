@@ -426,9 +426,11 @@ TEST_F(Records, ScenesComeWithThePatch) {
     EXPECT_TRUE(scenes.at(1)->phrase.events.empty());
     EXPECT_EQ(*scenes.at(3), three);
     EXPECT_EQ(back->get(0, global::knob1), 0.25f);  // nothing was recalled
+    EXPECT_EQ(back->phrase(), &scenes.at(3)->phrase);
     Patch copy{shared};
     copy.copyFrom(*back);
     EXPECT_EQ(copy.scenes().at(3), scenes.at(3));
+    EXPECT_EQ(copy.phrase(), back->phrase());
 
     put(bytes, 1568 + 4 + 256, std::int32_t{-1});
     EXPECT_EQ(read(bytes)->scenes().highest(), 0);
