@@ -70,37 +70,49 @@ class ArpeggiatorRig {
             done += block;
         }
     }
-    /// Runs, and tells what was played since last told: "frame+note", "frame-note", and
+    /// Runs, and tells what was played since last told: "frame+note", "frame-note" and
     /// "frame#controller=value".
     std::string after(int frames) {
         run(frames);
-        std::string text;
-        for (const Played& p : played) {
+        return told([](std::string& text, const Played& p) {
             const int kind = p.bytes[0];
-            if (!text.empty()) text += ' ';
             text += std::to_string(p.frame);
             text += kind == 0x90 ? '+' : kind == 0x80 ? '-' : kind == 0xB0 ? '#' : '?';
             text += std::to_string(p.bytes[1]);
-            if (kind != 0xB0) continue;
-            text += '=';
-            text += std::to_string(p.bytes[2]);
-        }
-        played.clear();
-        return text;
+            if (kind == 0xB0) (text += '=') += std::to_string(p.bytes[2]);
+            text += ' ';
+        });
     }
     /// As `after`, but only the notes struck: "60 64", with "/velocity" when asked for.
     std::string notes(int frames, bool velocities = false) {
         run(frames);
-        std::string text;
-        for (const Played& p : played) {
-            if (p.bytes[0] != 0x90) continue;
-            if (!text.empty()) text += ' ';
+        return told([velocities](std::string& text, const Played& p) {
+            if (p.bytes[0] != 0x90) return;
             text += std::to_string(p.bytes[1]);
-            if (!velocities) continue;
-            text += '/';
-            text += std::to_string(p.bytes[2]);
-        }
+            if (velocities) (text += '/') += std::to_string(p.bytes[2]);
+            text += ' ';
+        });
+    }
+    /// As `after`, but only the step numbers that rows numbered so send: "frame=step".
+    std::string rows(int frames) {
+        run(frames);
+        return told([](std::string& text, const Played& p) {
+            if (p.bytes[1] != 128) return;
+            (text += std::to_string(p.frame)) += '=';
+            (text += std::to_string(p.bytes[2])) += ' ';
+        });
+    }
+    void numberRows() {
+        for (int i = 0; i < 16; ++i) settings.steps16[static_cast<std::size_t>(i)].sequence1 = i;
+    }
+
+  private:
+    template <class Tell>
+    std::string told(Tell tell) {
+        std::string text;
+        for (const Played& p : played) tell(text, p);
         played.clear();
+        if (!text.empty()) text.pop_back();
         return text;
     }
 };
