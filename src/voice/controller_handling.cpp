@@ -40,13 +40,14 @@ void sustainPedal(PartState& part, int value) {
 void sostenutoPedal(PartState& part, int value) {
     Controllers& state = part.controllers;
     const bool wasDown = state.sostenutoDown;
+    if (pedalDown(value) && part.arpeggiatorView().on()) return;
     state.sostenutoDown = pedalDown(value);
     for (int slot = 0; slot < part.slots.active(); ++slot) {
         VoiceSlot& entry = part.slots[slot];
         if (state.sostenutoDown && entry.keyDown())
             entry.key = VoiceSlot::held;
         else if (wasDown && !state.sostenutoDown && entry.key == VoiceSlot::held &&
-                 part.held.contains(entry.note))
+                 part.heldFor(part.voiceAt(slot).controls()).contains(entry.note))
             entry.key = entry.note;
     }
     if (wasDown && !state.sostenutoDown && !state.sustainDown)

@@ -75,7 +75,8 @@ int priorityNote(const PartState& part, int element) {
         key = std::find_if(key, end, inZones);
         return key == end ? -1 : *key;
     };
-    const auto sorted = part.held.sorted(), played = part.held.played();
+    const HeldNotes& held = part.heldFor(controls);
+    const auto sorted = held.sorted(), played = held.played();
     switch (controls.monoMode) {
         case MonoMode::lowest:
             return first(sorted.begin(), sorted.end());

@@ -36,7 +36,8 @@ ZoneGain acceptNote(PartState& part, int element, int note, int velocity,
 /// Whether a message of this source concerns an element: those marked "No Arp" are for the player's
 /// own keys.
 inline bool reaches(EventSource source, TriggerCondition condition) {
-    return source == EventSource::host || condition != TriggerCondition::noArpeggiator;
+    const bool ofPlayer = condition == TriggerCondition::noArpeggiator;
+    return source == EventSource::host || ofPlayer == (source == EventSource::taken);
 }
 
 /// Gain 0..1 of a voice that both part and element let through.

@@ -24,8 +24,8 @@ GlideMode effectiveMode(const PartState& part, const ElementControls& element) {
     return element.glideMode;
 }
 
-bool anotherKeyIsHeld(const PartState& part, int note) {
-    return std::ranges::any_of(part.held.played(),
+bool anotherKeyIsHeld(const PartState& part, const ElementControls& element, int note) {
+    return std::ranges::any_of(part.heldFor(element).played(),
                                [&](int key) { return key != note && part.keyIsInZone(key); });
 }
 
@@ -35,7 +35,7 @@ void glideTo(PartState& part, Voice& voice, int note, float target, float always
     float from = target;
     if (mode == GlideMode::always)
         from = alwaysFrom;
-    else if (mode == GlideMode::fingered && anotherKeyIsHeld(part, note))
+    else if (mode == GlideMode::fingered && anotherKeyIsHeld(part, element, note))
         from = voice.element->lastPitch;
     voice.element->lastPitch = target;
     if (element.glideMode != GlideMode::off) {

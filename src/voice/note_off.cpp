@@ -80,25 +80,39 @@ bool returnToHeldKey(PartState& part, int slot) {
     return true;
 }
 
+/// While the arpeggiator is on, notes end when it or the player ends them: no pedal holds them, and
+/// mono elements return to no other key.
 void letGo(PartState& part, int slot, bool mayReturn) {
-    // While an arpeggiator plays, pedal and mono rules leave its notes alone.
-    if (part.controllers.sustainDown) {
+    const ArpeggiatorView arpeggiator = part.arpeggiatorView();
+    const bool off = !arpeggiator.on();
+    const bool pedalActs = off || arpeggiator.mode() == ArpeggiatorMode::controllerSequence;
+    if (part.controllers.sustainDown && pedalActs) {
         part.slots[slot].key = VoiceSlot::held;
         return;
     }
-    const bool mono = part.voiceAt(slot).controls().monoMode != MonoMode::poly;
-    if (mono && mayReturn && part.held.count() > 0 && returnToHeldKey(part, slot)) return;
+    const ElementControls& element = part.voiceAt(slot).controls();
+    const bool mono = element.monoMode != MonoMode::poly;
+    const bool keysLeft = part.heldFor(element).count() > 0;
+    if (off && mono && mayReturn && keysLeft && returnToHeldKey(part, slot)) return;
     releaseKey(part, slot);
+}
+
+/// Whether a note-off of this source is for a voice. What the same source started it also ends,
+/// whatever the element has been set to since.
+bool ends(EventSource source, const VoiceSlot& slot, const Voice& voice) {
+    return source == slot.source || reaches(source, voice.controls().trigger);
 }
 
 }  // namespace
 
 void noteOff(PartState& part, int key, EventSource source) {
     const bool mayReturn = key < 128 || key == pedalKey;
-    if (mayReturn)
-        part.held.release(key);
-    else
+    if (!mayReturn) {
         key = 256 - key;
+    } else {
+        if (source != EventSource::arpeggiator) part.heldKeys.release(key);
+        if (source != EventSource::taken) part.held.release(key);
+    }
     if (part.held.count() > 0)
         followHighestKey(part);
     else if (!part.controllers.sustainDown)
@@ -108,7 +122,7 @@ void noteOff(PartState& part, int key, EventSource source) {
     std::array<std::uint8_t, voicesPerPart> voices{};
     int count = 0;
     for (int slot = 0; slot < part.slots.active(); ++slot)
-        if (part.slots[slot].key == key && reaches(source, part.voiceAt(slot).controls().trigger))
+        if (part.slots[slot].key == key && ends(source, part.slots[slot], part.voiceAt(slot)))
             voices[static_cast<std::size_t>(count++)] = part.slots[slot].voice;
     for (int i = 0; i < count; ++i) {
         const int slot = part.slots.slotOf(voices[static_cast<std::size_t>(i)]);

@@ -60,7 +60,7 @@ void playPoly(PartState& part, int element, const PlayedNote& played, float gain
     if (!played.resumes) part.intervalStart = part.eventCounter;
     const int resumed =
         controls.resumeEnvelopes ? resumableSlot(part, element, played.note.note) : -1;
-    if (part.controllers.legato && part.held.count() >= 2)
+    if (part.controllers.legato && part.heldFor(controls).count() >= 2)
         for (int slot = 0; slot < part.slots.active(); ++slot)
             if (part.slots[slot].element == element && part.slots[slot].keyDown())
                 retargetVoice(part, slot, played.note, controls.legatoRetrigger);
@@ -71,9 +71,10 @@ void playPoly(PartState& part, int element, const PlayedNote& played, float gain
 }
 
 bool monoPlays(const PartState& part, int element, int note) {
-    switch (part.patch.element(element).controls().monoMode) {
+    const ElementControls& controls = part.patch.element(element).controls();
+    switch (controls.monoMode) {
         case MonoMode::first:
-            return part.held.count() == 1;
+            return part.heldFor(controls).count() == 1;
         case MonoMode::lowest:
         case MonoMode::highest:
             return priorityNote(part, element) == note;
@@ -128,6 +129,13 @@ bool sounds(const PartState& part, int element) {
     return false;
 }
 
+/// Whether any element plays notes of this source.
+bool isWanted(const PartState& part, EventSource source) {
+    for (int element = 1; element <= part.patch.elementCount(); ++element)
+        if (reaches(source, part.patch.element(element).controls().trigger)) return true;
+    return false;
+}
+
 void playElement(PartState& part, int element, PlayedNote& played) {
     const ElementControls& controls = part.patch.element(element).controls();
     if (!reaches(played.note.source, controls.trigger)) return;
@@ -155,22 +163,26 @@ void followHighestKey(PartState& part) {
 }
 
 void noteOn(PartState& part, int note, int velocity, std::int8_t detune, EventSource source) {
-    part.held.press(note);
+    if (source != EventSource::arpeggiator) part.heldKeys.press(note);
+    if (source != EventSource::taken) part.held.press(note);
     PlayedNote played;
     played.note = {note, static_cast<float>(detune) * 100, velocity, source};
-    if (source == EventSource::host) {
+    if (source != EventSource::arpeggiator) {
         part.detuneCents[static_cast<std::size_t>(note)] = detune;
         played.note.detuneCents = detune;
         played.zoneGain = partZoneGain(part, note, velocity);
     }
+    if (source == EventSource::taken && !isWanted(part, source)) return;
     followHighestKey(part);
     if (played.zoneGain == 0 || part.patch.controls().muted) return;
     played.trigger = triggerState(part);
-    ++part.notesPlayed;
     ++part.eventCounter;
-    const auto& lfos = part.patch.controls().lfo;
-    for (std::size_t i = 0; i < lfos.size(); ++i)
-        part.clock.noteOn(i, lfos[i], part.held.count() == 1);
+    if (source != EventSource::taken) {
+        ++part.notesPlayed;
+        const auto& lfos = part.patch.controls().lfo;
+        for (std::size_t i = 0; i < lfos.size(); ++i)
+            part.clock.noteOn(i, lfos[i], part.held.count() == 1);
+    }
     played.resumes = !part.patch.takeLayoutChanged();
     for (int element = 1; element <= part.patch.elementCount(); ++element)
         playElement(part, element, played);

@@ -4,6 +4,7 @@
 
 #include "content/content_library.h"
 #include "effects/effect_unit.h"
+#include "voice/arpeggiator_log.h"
 #include "voice/part_events.h"
 #include "voice/part_mix.h"
 #include "voice/part_output.h"
@@ -13,9 +14,13 @@
 namespace stratovane {
 
 struct PartEngine::Impl {
-    Impl(const EngineShared& engineShared, int part, int pairs, std::uint32_t seed,
+    Impl(const EngineShared& engineShared, int partNumber, int pairs, std::uint32_t seed,
          ContentLibrary* content)
-        : shared{engineShared}, outputPairs{pairs}, library{content}, state{engineShared, seed} {
+        : shared{engineShared},
+          part{partNumber},
+          outputPairs{pairs},
+          library{content},
+          state{engineShared, seed} {
         state.patch.setPlace({part, &keys, pairs, content});
         setRate(engineShared.sampleRate, engineShared.blockFrames);
     }
@@ -28,6 +33,7 @@ struct PartEngine::Impl {
     }
 
     void renderPiece(const RenderTarget& target, const BlockPlace& place);
+    void playArpeggiator(const RenderTarget& target, int offset);
     void publishCount();
     void releaseOldest();
     /// Output pair, limited to those that the instance was made for.
@@ -37,6 +43,7 @@ struct PartEngine::Impl {
     }
 
     const EngineShared& shared;
+    const int part;
     const int outputPairs;
     ContentLibrary* const library;
     KeySource keys;  // before the patch, whose effects follow it
@@ -83,14 +90,30 @@ void PartEngine::handleEvent(const MidiBytes& bytes, EventSource source) {
 }
 
 void PartEngine::render(const RenderTarget& target, int offset, int frames, double position) {
-    impl_->state.patch.applyMarked();
-    impl_->state.followLfos();
+    PartState& state = impl_->state;
+    const double beatsPerFrame = state.time.beatsPerFrame;
+    state.patch.applyMarked();
+    state.followLfos();
     for (int done = 0; done < frames;) {
-        const int piece = std::min(frames - done, impl_->mix.capacity());
-        impl_->renderPiece(
-            target, {offset + done, piece, position + done * impl_->state.time.beatsPerFrame});
+        const int most = std::min(frames - done, impl_->mix.capacity());
+        const double beat = position + done * beatsPerFrame;
+        const int piece = state.arpeggiator.framesUntilNext(most, beat, state.score());
+        if (piece > 0) impl_->renderPiece(target, {offset + done, piece, beat});
+        state.arpeggiator.advance(piece, beatsPerFrame);
         done += piece;
+        // What falls on the frame behind the last is for the next render.
+        if (piece < most) impl_->playArpeggiator(target, offset + done);
     }
+}
+
+void PartEngine::Impl::playArpeggiator(const RenderTarget& target, int offset) {
+    for (MidiBytes bytes; state.arpeggiator.take(bytes);) {
+        if (target.log != nullptr) target.log->note({target.firstFrame + offset, part, bytes});
+        handlePartEvent(state, bytes, EventSource::arpeggiator);
+    }
+    silent = false;
+    state.followLfos();
+    publishCount();
 }
 
 void PartEngine::Impl::renderPiece(const RenderTarget& target, const BlockPlace& place) {
@@ -111,7 +134,8 @@ void PartEngine::Impl::renderPiece(const RenderTarget& target, const BlockPlace&
         output.add(buffer, settings, target, place.offset);
     }
     sendsSounded = sends.run(state.patch, target, place);
-    silent = !sounded && !sendsSounded && !sendsSoundedBefore && state.slots.active() == 0;
+    silent = !sounded && !sendsSounded && !sendsSoundedBefore && state.slots.active() == 0 &&
+             !state.arpeggiator.running();
     publishCount();
 }
 
@@ -122,7 +146,7 @@ void PartEngine::freeAllVoices() {
     impl_->publishCount();
 }
 
-bool PartEngine::sounding() const { return !impl_->silent; }
+bool PartEngine::sounding() const { return !impl_->silent || impl_->state.arpeggiator.running(); }
 
 void PartEngine::Impl::publishCount() {
     const int count = state.slots.active();

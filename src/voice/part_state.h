@@ -8,6 +8,7 @@
 #include "base/engine_shared.h"
 #include "base/random.h"
 #include "patch/patch.h"
+#include "voice/arpeggiator/arpeggiator.h"
 #include "voice/controllers.h"
 #include "voice/held_notes.h"
 #include "voice/part_clock.h"
@@ -21,17 +22,22 @@ using VoicePool = std::array<Voice, voicesPerPart>;
 /// A plain record of the audio thread (of its builder before hand-over).
 struct PartState {
     PartState(const EngineShared& shared, std::uint32_t seed)
-        : patch{shared}, random{seed}, clock{random.seed(), random.seed()} {}
+        : patch{shared},
+          random{seed},
+          clock{random.seed(), random.seed()},
+          arpeggiator{random.seed()} {}
 
     Patch patch;
     SlotTable slots;
     std::unique_ptr<VoicePool> voices = std::make_unique<VoicePool>();
     Controllers controllers;
-    HeldNotes held;
+    HeldNotes held;      // what plays: keys, but for those the arpeggiator took, and its notes
+    HeldNotes heldKeys;  // the player's, taken or not
     std::array<std::int8_t, 128> detuneCents{};  // of the last note-on of each key
     MusicalTime time;
     Random random;
     PartClock clock;
+    Arpeggiator arpeggiator;
     double rate = 44100;
     float tickSeconds = 0;   // both of rate
     float middleCPitch = 0;  // cycles per sample
@@ -43,6 +49,8 @@ struct PartState {
     /// Rate in hertz; pieces of up to `maxFrames` will be rendered. Nothing may render meanwhile.
     void prepare(double newRate, int maxFrames) {
         rate = newRate;
+        // Until the next tempo comes along.
+        time.beatsPerFrame = static_cast<double>(time.tempo) * (1.0 / (rate * 60.0));
         tickSeconds = static_cast<float>(tickFrames / rate);
         middleCPitch = stratovane::middleCPitch(rate);
         clock.prepare(rate, maxFrames);
@@ -53,6 +61,14 @@ struct PartState {
     void followLfos() {
         const auto& lfos = patch.controls().lfo;
         for (std::size_t i = 0; i < lfos.size(); ++i) clock.followLfo(i, lfos[i], beatsPerTick());
+    }
+    ArpeggiatorScore score() const {
+        return {patch.arpeggiator(), patch.phrase(), time.beatsPerFrame};
+    }
+    ArpeggiatorView arpeggiatorView() const { return ArpeggiatorView{patch.arpeggiator()}; }
+    /// The keys that an element follows: one marked "No Arp" knows only the player's.
+    const HeldNotes& heldFor(const ElementControls& element) const {
+        return element.trigger == TriggerCondition::noArpeggiator ? heldKeys : held;
     }
     Voice& voiceAt(int slot) { return (*voices)[slots[slot].voice]; }
     const Voice& voiceAt(int slot) const { return (*voices)[slots[slot].voice]; }

@@ -40,7 +40,8 @@ int transposed(const PartState& part, const VoiceNote& note) {
 }  // namespace
 
 bool isLegato(const PartState& part, const Voice& voice) {
-    return voice.controls().monoMode != MonoMode::poly && part.held.count() > 1;
+    const ElementControls& element = voice.controls();
+    return element.monoMode != MonoMode::poly && part.heldFor(element).count() > 1;
 }
 
 float startSample(const PartState& part, Voice& voice, const VoiceNote& note) {

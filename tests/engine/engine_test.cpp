@@ -162,6 +162,26 @@ TEST(Engine, SendsNoteOffsToRetiringInstancesButNoNotes) {
     EXPECT_EQ(rig.peak(0), 0.0f);
 }
 
+TEST(Engine, EndsTheLatchedPatternOfAPatchThatGoes) {
+    constexpr int arpeggiatorOn = 17, latch = 18;
+    Rig rig;
+    rig.adoptSawtooth(0);
+    rig.engine.patch(0).store(0, arpeggiatorOn, 1);
+    rig.engine.patch(0).store(0, latch, 1);
+    rig.engine.arpeggiatorLog().turn(true);
+    rig.render(100);
+    rig.note(0, 60, 100, 7);
+    rig.note(0, 60, 0, 8);
+    for (int block = 0; block < 24; ++block) rig.render(256);  // into the second sixteenth
+    rig.adoptSawtooth(0);
+    for (int block = 0; block < 100; ++block) rig.render(256);
+    std::vector<std::int64_t> frames;
+    for (ArpeggiatorEvent event; rig.engine.arpeggiatorLog().take(event);)
+        frames.push_back(event.frame);
+    EXPECT_EQ(frames, (std::vector<std::int64_t>{107, 2886, 5620, 8398}));
+    EXPECT_EQ(rig.engine.current(0).voiceCount(), 0);
+}
+
 TEST(Engine, DeletesRetiredInstancesThreeBlocksLater) {
     std::vector<std::string> lines;
     static std::vector<std::string>* sink = nullptr;

@@ -1,0 +1,23 @@
+// From beats to frames.
+#pragma once
+
+#include <cmath>
+
+namespace stratovane {
+
+/// Offset of the frame on which an event at `beat` falls, seen from a frame at `position`: the
+/// first not before it, but for the rounding of sums of beats. Whole, may be negative.
+inline double frameOf(double beat, double position, double beatsPerFrame) {
+    constexpr double tolerance = 0.001;  // frames
+    return std::ceil((beat - position) / beatsPerFrame - tolerance);
+}
+
+/// How far a position may lie behind a grid point and still count as on it.
+inline constexpr double beatTolerance = 1e-6;
+
+/// The first multiple of `unit` at or after a position, in units.
+inline double firstMultiple(double position, double unit) {
+    return std::ceil((position - beatTolerance) / unit);
+}
+
+}  // namespace stratovane
