@@ -13,7 +13,7 @@
 namespace stratovane {
 namespace {
 
-constexpr int levelIndex = 67, releaseIndex = 130, panIndex = 60;
+constexpr int levelIndex = 67, releaseIndex = 130;
 
 /// An engine with two pairs of outputs, driven block by block.
 struct Rig {

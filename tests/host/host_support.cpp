@@ -20,7 +20,11 @@ TestHost::TestHost(const std::string& settings, const Identity& identity) : iden
     settingsPath_ = (std::filesystem::temp_directory_path() /
                      ("stratovane-test-" + std::to_string(getpid()) + ".ini"))
                         .string();
-    std::ofstream{settingsPath_} << "[Software\\Taldrimor\\Stratovane 2]\n" << settings;
+    // No content but a test's own, whatever lies beside the plug-in.
+    const bool ownContent = settings.find("Content Location=") != std::string::npos;
+    std::ofstream{settingsPath_} << "[Software\\Taldrimor\\Stratovane 2]\n"
+                                 << (ownContent ? "" : "Content Location=/nonexistent/\n")
+                                 << settings;
     setenv("STRATOVANE_SETTINGS", settingsPath_.c_str(), 1);
     const std::string path = std::string{STRATOVANE_BUILD_DIR} + "/stratovane2.so";
     library_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
