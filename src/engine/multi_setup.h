@@ -79,7 +79,8 @@ struct MultiSetup {
     Shared<bool> generalMidi{false};
     Shared<std::int32_t> refresh{0};  // the editor polls it. UI thread
     Shared<bool> dirty{false};
-    Shared<bool> patchLoaded{false};  // asks the host to update its display. UI thread
+    Shared<bool> patchLoaded{false};       // asks the host to update its display. UI thread
+    Shared<std::int32_t> libraryState{0};  // bytes in use, 1 while it loads. UI thread
     Ring<Request, 256> requests;
 };
 
