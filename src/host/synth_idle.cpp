@@ -35,7 +35,7 @@ void Synth::handleRequests() {
             case Request::Kind::loadCombi:
                 loader_.load(*engine_, parts - 1, request.argument,
                              LibraryLoader::AskedBy::message);
-                multi_.refresh = multi_.refresh + 1;
+                multi_.refresh.bump();
                 break;
         }
     }

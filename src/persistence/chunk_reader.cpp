@@ -69,7 +69,7 @@ bool ChunkReader::readPreset(Engine& engine, ByteView chunk, int part) {
     setup.location = 0;
     setup.pendingProgram.store(0);
     setup_.listener.partsChanged();
-    setup_.multi.refresh = setup_.multi.refresh + 1;
+    setup_.multi.refresh.bump();
     return true;
 }
 
@@ -90,7 +90,7 @@ bool ChunkReader::readBank(Engine& engine, ByteView chunk, bool forMessage) {
     for (int part = 0; part < parts; ++part)
         setup_.parameters.set(encodeHostIndex({HostBlock::strip, part, 0, strip::lock}), 0.0f);
     setup_.multi.dirty = true;
-    setup_.multi.refresh = setup_.multi.refresh + 1;
+    setup_.multi.refresh.bump();
     return true;
 }
 

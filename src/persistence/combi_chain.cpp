@@ -33,7 +33,7 @@ std::string takeLine(std::istream& in) {
 
 void CombiChain::changed() {
     setup_.multi.dirty = true;
-    setup_.multi.refresh = setup_.multi.refresh + 1;
+    setup_.multi.refresh.bump();
 }
 
 void CombiChain::set(int slot, std::int32_t location) {

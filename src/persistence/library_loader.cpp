@@ -48,7 +48,7 @@ std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location
     else if (forMessage)
         settleProgram(setup_.multi.part[static_cast<std::size_t>(part)]);
     if (!loaded) return 0;
-    setup_.multi.refresh = setup_.multi.refresh + 1;
+    setup_.multi.refresh.bump();
     setup_.multi.patchLoaded = true;
     return location;
 }

@@ -25,7 +25,7 @@ bool PartCopier::copy(Engine& engine, int from, int to, Source source) {
     setup_.listener.partsChanged();
     copyHostValues(engine, from, to);
     if (source == Source::clear) loader_.clear(engine, from);
-    multi.refresh = multi.refresh + 1;
+    multi.refresh.bump();
     return true;
 }
 
