@@ -80,46 +80,6 @@ TEST(HostState, RandomSetupsComeBackInAnotherInstance) {
     }
 }
 
-TEST(HostState, WhatWasRestoredSoundsTheSame) {
-    Bytes chunk;
-    std::vector<float> samples[2];
-    for (auto& heard : samples) {
-        TestHost host;
-        if (chunk.empty()) {
-            host.start();
-            host.set(2432 + 17, 0.05f);
-            host.set(3, 0.2f);
-            host.set(5, 0.8f);
-            chunk = getChunk(host, bank);
-        }
-        ASSERT_EQ(setChunk(host, bank, chunk), 1);
-        host.start();
-        host.settle();
-        host.midi({message(0x90, 60, 100)});
-        host.render(4096);
-        EXPECT_GT(host.peak(0), 0.01f);
-        heard = host.outputs[0];
-    }
-    for (std::size_t i = 0; i < samples[0].size(); ++i)
-        ASSERT_NEAR(samples[0][i], samples[1][i], 1e-6f) << i;
-}
-
-TEST(HostState, PresetsAreOfTheSelectedPart) {
-    TestHost host;
-    host.start();
-    const Bytes saw = getChunk(host, preset);
-    EXPECT_EQ(ByteView{saw}.from(32).terminatedText(), "Sawtooth");
-    select(host, 7);
-    EXPECT_TRUE(getChunk(host, preset).empty());
-    const int updates = host.sent(HostRequest::updateDisplay);
-    EXPECT_EQ(setChunk(host, preset, saw), 1);
-    EXPECT_EQ(host.sent(HostRequest::updateDisplay), updates + 1);
-    EXPECT_EQ(getChunk(host, preset).size(), saw.size());
-    host.midi({message(0x97, 60, 100)});
-    host.render(512);
-    EXPECT_GT(host.peak(0), 0.01f);
-}
-
 TEST(HostState, UpdatesTheDisplayWhenAsked) {
     for (const auto& [setting, playing, updates] :
          {std::tuple{"0", false, 0}, {"1", false, 1}, {"1", true, 0}, {"2", true, 1}}) {
@@ -203,8 +163,17 @@ TEST(HostState, AProgramChangeOnTheLastChannelLoadsACombi) {
 TEST(HostState, SavesAndRestoresWhileTheHostPlays) {
     TestHost host;
     host.start();
-    host.settle();
-    const Bytes chunk = getChunk(host, bank);
+    struct {
+        std::int32_t type = 0;  // a reverb
+        float values[12] = {};
+    } effect;
+    host.ask(Opcode::vendorSpecific, fourCharacters("fxad"), 0, &effect);
+    Bytes chunk = getChunk(host, bank);
+    // A shared delay, too, which every restoring builds anew.
+    const std::size_t master = ByteView{chunk}.at<std::uint32_t>(80) + 32;
+    const float mute = 0, type = 10.5f / 128.9f;
+    std::memcpy(chunk.data() + master, &mute, sizeof mute);
+    std::memcpy(chunk.data() + master + 4 * 19, &type, sizeof type);
     std::atomic<bool> stop{false};
     std::thread audio{[&] {
         for (int key = 0; !stop; ++key) {
@@ -212,9 +181,9 @@ TEST(HostState, SavesAndRestoresWhileTheHostPlays) {
             host.render(64);
         }
     }};
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 12; ++i) {
         EXPECT_EQ(setChunk(host, bank, chunk), 1);
-        EXPECT_EQ(getChunk(host, bank).size(), chunk.size());
+        EXPECT_GT(getChunk(host, bank).size(), chunk.size());  // the patch took the effect along
         EXPECT_EQ(host.ask(Opcode::idle), 1);
     }
     stop = true;
