@@ -46,4 +46,21 @@ bool writeFile(const std::string& path, ByteView bytes) {
     return !out.fail();
 }
 
+bool replaceFile(const std::string& path, ByteView bytes) {
+    std::error_code failed;
+    // A link stays a link: what it leads to is replaced.
+    std::filesystem::path target = std::filesystem::canonical(path, failed);
+    if (failed) target = path;
+    std::filesystem::path beside;
+    for (int attempt = 0; beside.empty() || std::filesystem::exists(beside, failed); ++attempt)
+        beside = target.string() + '.' + std::to_string(attempt) + ".tmp";
+    bool written = writeFile(beside.string(), bytes);
+    if (written) {
+        std::filesystem::rename(beside, target, failed);
+        written = !failed;
+    }
+    if (!written) std::filesystem::remove(beside, failed);
+    return written;
+}
+
 }  // namespace stratovane

@@ -22,5 +22,8 @@ inline std::optional<Bytes> readFile(const std::string& path) { return readFileF
 
 /// Replaces the file; false when not everything was written. UI thread.
 bool writeFile(const std::string& path, ByteView bytes);
+/// Replaces the file by way of another one beside it, so that whatever fails leaves it as it was.
+/// False when it failed. UI thread.
+bool replaceFile(const std::string& path, ByteView bytes);
 
 }  // namespace stratovane

@@ -8,6 +8,7 @@
 #include "base/ring.h"
 #include "base/shared.h"
 #include "base/units.h"
+#include "engine/master_tune.h"
 
 namespace stratovane {
 
@@ -71,11 +72,13 @@ struct Request {
 /// Threads: as each member says; what two threads use is shared.
 struct MultiSetup {
     std::array<PartSetup, parts> part;
+    Shared<std::int32_t> libraryState{0};  // bytes in use, 1 while it loads. UI thread
     CombiTable combis;
+    MasterTune tune;
     SharedCounter programRequests;          // bumped by whoever asks for a program
     Shared<bool> defaultPatchWanted{true};  // bank 84, program 0 for part 1, at the first idle call
     Shared<bool> generalMidi{false};
-    Shared<std::int32_t> refresh{0};  // the editor polls it. UI thread
+    SharedCounter refresh;  // the editor polls it
     Shared<bool> dirty{false};
     Shared<bool> patchLoaded{false};  // asks the host to update its display. UI thread
     Ring<Request, 256> requests;

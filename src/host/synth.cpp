@@ -41,6 +41,7 @@ Synth::Synth(HostCallback host) : HostPluginBase{host, programCount, hostParamet
     record_.version = 1;
 
     if ((contentFound_ = openLibrary(contentFolder()))) updateMidiLists();
+    library_.setPreloadMode(settings_.combiPreload);
     parameters_.set(0, settings_.masterVolume);
     if (host_ != nullptr) callHost(HostRequest::needIdle);
 }
@@ -124,6 +125,7 @@ void Synth::resume() {
     lazyInit("resume");
     if (!contentFound_ && (contentFound_ = openLibrary(contentFolder()))) updateMidiLists();
     if (multi_.defaultPatchWanted) multi_.programRequests.bump();
+    chunk_ = Bytes{};
     {
         const RenderGate::Hold hold{gate_};
         const double rate = static_cast<double>(sampleRate_);

@@ -19,8 +19,12 @@
 #include "host/program_list.h"
 #include "midi/midi_input.h"
 #include "mrx/host_plugin_base.h"
+#include "persistence/chunk_reader.h"
+#include "persistence/chunk_writer.h"
 #include "persistence/library_loader.h"
 #include "persistence/patch_loader.h"
+#include "persistence/setup_access.h"
+#include "persistence/setup_commands.h"
 #include "platform/settings_store.h"
 #include "settings/settings.h"
 
@@ -30,7 +34,7 @@ class Engine;
 
 /// Threads: processEvents, process and processReplacing are the audio thread's; setParameter and
 /// getParameter come from either; every other request is the UI thread's.
-class Synth : public HostPluginBase {
+class Synth : public HostPluginBase, private SetupListener {
   public:
     explicit Synth(HostCallback host);
     ~Synth() override;
@@ -76,6 +80,8 @@ class Synth : public HostPluginBase {
     /// For the editor, which lives no longer than this object.
     EditorAccess editorAccess() { return {engine_, parameters_, multi_, settings_, trace_}; }
 
+    /// Files, combis, copying and saving, for the editor. UI thread.
+    SetupCommands& setupCommands() { return setupCommands_; }
     /// The last step of construction, once the whole object is there.
     void finishConstruction();
 
@@ -88,6 +94,8 @@ class Synth : public HostPluginBase {
         float values[12];
     };
 
+    void partsChanged() override;
+    void libraryChanged() override;
     void identifyHost();
     /// Puts an effect behind the last element of a part; answers its number, 0 when it has no place
     /// or there is no such effect.
@@ -116,7 +124,12 @@ class Synth : public HostPluginBase {
     ProgramList programs_{library_};
     HostParameters parameters_{shared_, multi_, commands_};
     PatchLoader patchLoader_{multi_, settings_, parameters_, commands_, trace_};
-    LibraryLoader loader_{library_, patchLoader_, multi_, trace_};
+    SetupAccess setup_{multi_,       settings_, shared_, parameters_, library_,
+                       programName_, inside_,   *this,   trace_};
+    ChunkWriter chunkWriter_{setup_};
+    ChunkReader chunkReader_{setup_, patchLoader_};
+    LibraryLoader loader_{setup_, patchLoader_, chunkReader_};
+    SetupCommands setupCommands_{setup_, chunkWriter_, chunkReader_, patchLoader_, loader_};
     MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
     MidiEcho echo_;
     std::unique_ptr<Engine> engine_;
@@ -125,7 +138,8 @@ class Synth : public HostPluginBase {
     Shared<bool> hidesParameters_{false};
 
     // UI thread
-    std::array<char, programNameSize> programName_{"Stratovane 2"};
+    ProgramName programName_{"Stratovane 2"};
+    Bytes chunk_;  // the host's until it asks for the next one
     std::array<char, 256> statusText_{};
     bool lazyInitPending_ = true;
     bool resumesItself_ = false;   // under a host that never asks for it

@@ -5,25 +5,10 @@
 #include "base/text_out.h"
 #include "engine/engine.h"
 #include "host/synth.h"
+#include "persistence/program_word.h"
+#include "persistence/stay.h"
 
 namespace stratovane {
-
-namespace {
-
-/// Marks a stay inside an operation that may open a message box, from which the host can call in
-/// again.
-class Stay {
-  public:
-    explicit Stay(bool& inside) : inside_{inside} { inside_ = true; }
-    ~Stay() { inside_ = false; }
-    Stay(const Stay&) = delete;
-    Stay& operator=(const Stay&) = delete;
-
-  private:
-    bool& inside_;
-};
-
-}  // namespace
 
 void Synth::onUserInterfaceRequest() { trace_.flush(); }
 
@@ -33,13 +18,12 @@ std::int32_t Synth::fxIdle() {
     lazyInit("fxIdle");
     if (multi_.patchLoaded) {
         multi_.patchLoaded = false;
-        if (settings_.updateDisplay == 2 || (settings_.updateDisplay == 1 && !transport_.playing()))
-            callHost(HostRequest::updateDisplay);
+        partsChanged();
     }
     handleRequests();
     loadWaitingPrograms();
     engine_->idle();
-    library_.idle();
+    multi_.libraryState = library_.idle();
     trace_.flush();
     return 1;
 }
@@ -51,7 +35,7 @@ void Synth::handleRequests() {
             case Request::Kind::loadCombi:
                 loader_.load(*engine_, parts - 1, request.argument,
                              LibraryLoader::AskedBy::message);
-                multi_.refresh = multi_.refresh + 1;
+                multi_.refresh.bump();
                 break;
         }
     }
@@ -96,16 +80,13 @@ void Synth::loadProgram(int part, std::int32_t location, bool isDefaultPatch) {
     bool wanted = false;
     if (location >= firstCombi) {
         wanted = combis == CombiUse::chain || (combis == CombiUse::on && part == parts - 1);
-        if (wanted && combis == CombiUse::chain) multi_.combis.current = CombiTable::none;
+        if (wanted) multi_.combis.current = CombiTable::none;
     } else if (location != 0) {
         wanted = settings_.midiPatches != 0 || isDefaultPatch || multi_.generalMidi;
     }
     if (wanted) loader_.load(*engine_, part, location, LibraryLoader::AskedBy::message);
     // Played or not, the word now says what the part plays, unless another change came meanwhile.
-    std::uint32_t word = setup.pendingProgram.get();
-    while ((word & programWaits) == 0 &&
-           !setup.pendingProgram.replace(word, static_cast<std::uint32_t>(setup.location.get()))) {
-    }
+    settleProgram(setup);
 }
 
 bool Synth::busy() const {

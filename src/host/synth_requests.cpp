@@ -57,16 +57,6 @@ void Synth::getParameterName(std::int32_t index, char* text) {
     fitText<nameSize>(trace_, "parameter %d name too long: %s", index, out, text);
 }
 
-std::int32_t Synth::getChunk(void** data, bool preset) {
-    lazyInit("getChunk");
-    return HostPluginBase::getChunk(data, preset);
-}
-
-std::int32_t Synth::setChunk(const void* data, std::int32_t size, bool preset) {
-    lazyInit("setChunk");
-    return HostPluginBase::setChunk(data, size, preset);
-}
-
 std::int32_t Synth::getProgramNameIndexed(std::int32_t, std::int32_t, char* name) {
     getProgramName(name);
     return 1;

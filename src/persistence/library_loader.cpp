@@ -3,49 +3,81 @@
 #include <optional>
 
 #include "content/content_library.h"
+#include "content/patch_record_layout.h"
 #include "engine/multi_setup.h"
+#include "persistence/chunk_reader.h"
 #include "persistence/patch_loader.h"
+#include "persistence/program_word.h"
+#include "persistence/stay.h"
 
 namespace stratovane {
 
-std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by) {
-    trace_.write(TraceLevel::patch, "loadPatchFromLibrary(ch%ld, %X)", part + 1, location);
-    PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
-    auto named = [this](std::int32_t at) {
-        return !library_.programName(bankOf(at), programOf(at)).empty();
-    };
-    if (location < 0) {
-        const std::int32_t step = location - again;  // +1 next, -1 previous
-        location = setup.location;
-        if (location < 1 || location >= firstCombi) return 0;
-        if (step != 0) {
-            do location += step;
-            while (location >= 1 && location < firstCombi && !named(location));
-            if (location < 1 || location >= firstCombi) return 0;
-        }
+namespace {
+
+/// Library files of patches may carry the header of a program file before the record.
+bool isPatch(ByteView entry) {
+    return entry.at<std::uint8_t>(recordLayout::kind) == 'P' ||
+           entry.at<std::uint32_t>(recordLayout::wrapperBytes) == recordLayout::tag;
+}
+
+}  // namespace
+
+std::int32_t LibraryLoader::step(int part, std::int32_t step) const {
+    std::int32_t location = setup_.multi.part[static_cast<std::size_t>(part)].location;
+    const auto inside = [&] { return location >= 1 && location < firstCombi; };
+    if (!inside()) return 0;
+    if (step != 0) {
+        do location += step;
+        while (inside() &&
+               setup_.library.programName(bankOf(location), programOf(location)).empty());
     }
-    if (by == AskedBy::editor) setup.bankSelect = bankOf(location);
-    if (!named(location)) return 0;
-    std::string_view name = library_.programName(bankOf(location), programOf(location));
+    return inside() ? location : 0;
+}
+
+std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by) {
+    setup_.trace.write(TraceLevel::patch, "loadPatchFromLibrary(ch%ld, %X)", part + 1, location);
+    const Stay stay{setup_.inside};
+    const bool forMessage = by == AskedBy::message;
+    if (location < 0) {
+        location = step(part, location - again);  // +1 next, -1 previous
+        if (location == 0) return 0;
+    }
+    const bool loaded = loadEntry(engine, part, location, forMessage);
+    if (forMessage && location >= firstCombi)
+        for (PartSetup& setup : setup_.multi.part) settleProgram(setup);
+    else if (forMessage)
+        settleProgram(setup_.multi.part[static_cast<std::size_t>(part)]);
+    if (!loaded) return 0;
+    setup_.multi.refresh.bump();
+    setup_.multi.patchLoaded = true;
+    return location;
+}
+
+bool LibraryLoader::loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage) {
+    PartSetup& setup = setup_.multi.part[static_cast<std::size_t>(part)];
+    const int bank = bankOf(location), program = programOf(location);
+    if (!forMessage) setup.bankSelect = bank;
+    std::string_view name = setup_.library.programName(bank, program);
+    if (name.empty()) return false;
     constexpr std::string_view marks = " _{}[]";  // for the browser
     if (marks.find(name.front()) != std::string_view::npos) name.remove_prefix(1);
+    const std::optional<Bytes> entry = setup_.library.itemData(ContentKind::patches, bank, program);
+    if (!entry) return false;
 
-    const std::optional<Bytes> entry =
-        library_.itemData(ContentKind::patches, bankOf(location), programOf(location));
-    // Whole setups come with the bank reader; until then such a location loads nothing.
-    if (!entry || location >= firstCombi) return 0;
     const std::int32_t before = setup.location;
     setup.location = location;
-    if (!loader_.load(engine, part, ByteView{*entry},
-                      {.libraryBank = bankOf(location),
-                       .forMessage = by == AskedBy::message,
-                       .name = name})) {
-        setup.location = before;
-        return 0;
+    if (isPatch(*entry)) {
+        if (loader_.load(engine, part, ByteView{*entry},
+                         {.libraryBank = bank, .forMessage = forMessage, .name = name})) {
+            if (!forMessage) overrideProgram(setup);
+            return true;
+        }
+    } else if (chunks_.read(engine, *entry, {.part = part, .forMessage = forMessage})) {
+        setup_.setProgramName(name);
+        return true;
     }
-    multi_.refresh = multi_.refresh + 1;
-    multi_.patchLoaded = true;
-    return location;
+    setup.location = before;
+    return false;
 }
 
 }  // namespace stratovane

@@ -1,16 +1,15 @@
-// Programs of the content library into parts.
+// Programs and combis of the content library into parts.
 #pragma once
 
 #include <cstdint>
 
-#include "base/trace.h"
+#include "persistence/setup_access.h"
 
 namespace stratovane {
 
-class ContentLibrary;
+class ChunkReader;
 class Engine;
 class PatchLoader;
-struct MultiSetup;
 
 /// UI thread.
 class LibraryLoader {
@@ -22,19 +21,21 @@ class LibraryLoader {
         editor
     };  // what a message asked for leaves the bank selection alone
 
-    LibraryLoader(const ContentLibrary& library, PatchLoader& loader, MultiSetup& multi,
-                  Trace& trace)
-        : library_{library}, loader_{loader}, multi_{multi}, trace_{trace} {}
+    LibraryLoader(const SetupAccess& setup, PatchLoader& loader, ChunkReader& chunks)
+        : setup_{setup}, loader_{loader}, chunks_{chunks} {}
 
-    /// Loads a location, or steps from the part's own to the next or previous program that has a
-    /// name. Answers the location, 0 when nothing was loaded.
+    /// Loads a location (a combi into all parts), or steps from the part's own to the next or
+    /// previous program that has a name. Answers the location, 0 when nothing was loaded.
     std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by);
 
   private:
-    const ContentLibrary& library_;
+    /// The next named program from the part's own on; 0 when there is none.
+    std::int32_t step(int part, std::int32_t step) const;
+    bool loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage);
+
+    SetupAccess setup_;
     PatchLoader& loader_;
-    MultiSetup& multi_;
-    Trace& trace_;
+    ChunkReader& chunks_;
 };
 
 }  // namespace stratovane

@@ -8,6 +8,7 @@
 #include "engine/multi_setup.h"
 #include "patch/parameter_ids.h"
 #include "patch/record_reader.h"
+#include "persistence/program_word.h"
 #include "settings/settings.h"
 
 namespace stratovane {
@@ -55,8 +56,8 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     const ReadResult read =
         fillPatch(fresh, record,
                   {.master = &engine.master(),
-                   .masterEffects = source.mode == Mode::restore ? MasterEffects::stepOver
-                                                                 : MasterEffects::offer,
+                   .masterEffects =
+                       source.mode == Mode::load ? MasterEffects::offer : MasterEffects::stepOver,
                    .pianoMode = settings_.memoryUse},
                   trace_);
     if (!source.name.empty()) fresh.setText(0, source.name);
@@ -64,8 +65,7 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
     if (source.mode == Mode::restore) {
         const auto location = static_cast<std::int32_t>(record.idWord & 0xFFFF);
-        setup.location = location;
-        setup.pendingProgram.store(static_cast<std::uint32_t>(location));
+        noteLocation(part, location, source.forMessage);
         trace_.write(TraceLevel::patch, "ch.%d restore bankProg %X", part, location);
     }
     constexpr int noSceneRoot = 128, lastUserBank = 99;
@@ -73,6 +73,10 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
         source.libraryBank >= 0 && source.libraryBank <= lastUserBank) {
         fresh.recall(0, global::sceneRootNote, static_cast<float>(settings_.sceneRoot) / 128.0f);
         fresh.recall(0, global::sceneMidiSelect, settings_.sceneMidi ? 1.0f : 0.0f);
+    }
+    if (part > 0) {
+        const int link = encodeHostIndex({HostBlock::strip, part, 0, strip::link});
+        parameters_.set(link, parameters_.stored(link));
     }
     fresh.recall(0, global::eco, settings_.memoryUse);
     settleMixer(part, fresh, source.mode);
@@ -84,18 +88,25 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     // A record may have brought effects of its own into free slots of the master channel.
     for (int slot = 0; slot < sendSlots; ++slot)
         if (read.filledMaster[static_cast<std::size_t>(slot)]) parameters_.rememberMaster(slot);
+    engine.master().applyLoading();
     return true;
 }
 
-void PatchLoader::clear(Engine& engine, int part) {
+void PatchLoader::clear(Engine& engine, int part, bool forMessage) {
     engine.patch(part).store(0, global::levelTrim, 0.0f);
     commands_.push(CommandKind::controller, part, CommandRing::allSoundOff, 0);
-    engine.adopt(part, engine.makeInstance(part));
-    PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
-    setup.location = 0;
-    setup.pendingProgram.store(0);
+    auto empty = engine.makeInstance(part);
+    empty->patch().recall(0, global::eco, settings_.memoryUse);
+    engine.adopt(part, std::move(empty));
+    noteLocation(part, 0, forMessage);
     showToHost(part);
-    for (auto& knob : setup.knobs) knob = 0.5f;
+    for (auto& knob : multi_.part[static_cast<std::size_t>(part)].knobs) knob = 0.5f;
+}
+
+void PatchLoader::noteLocation(int part, std::int32_t location, bool forMessage) {
+    PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
+    setup.location = location;
+    forMessage ? settleProgram(setup) : overrideProgram(setup);
 }
 
 /// The outgoing patch's values go into the new one before it plays.

@@ -27,7 +27,11 @@ class PatchLoader {
           commands_{commands},
           trace_{trace} {}
 
-    enum class Mode { load, restore };  // restoring a whole bank takes everything from the record
+    enum class Mode {
+        load,
+        copy,     // the master channel, which the part shares with its model, stays as it is
+        restore,  // a whole bank comes back: everything is taken from the record
+    };
     static constexpr int noBank = -1;
 
     struct Source {
@@ -41,11 +45,12 @@ class PatchLoader {
     bool load(Engine& engine, int part, ByteView block, const Source& source);
     bool load(Engine& engine, int part, const PatchRecord& record, const Source& source);
     /// Ends the part's notes and leaves it without patch and location.
-    void clear(Engine& engine, int part);
+    void clear(Engine& engine, int part, bool forMessage = false);
 
   private:
     void settleMixer(int part, Patch& fresh, Mode mode) const;
     void showToHost(int part);
+    void noteLocation(int part, std::int32_t location, bool forMessage);
 
     MultiSetup& multi_;
     const Settings& settings_;

@@ -1,0 +1,463 @@
+// What the user does with files, combis, parts and the library.
+
+#include <gtest/gtest.h>
+
+#include "content/file_bytes.h"
+#include "content/program_files.h"
+#include "effects/catalogue.h"
+#include "patch/scene_table.h"
+#include "persistence/setup_rig.h"
+
+namespace stratovane {
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+/// A rig whose library holds some patches, and combis of which each plays a patch of its own name.
+struct Commands : testing::Test {
+    User user;
+    TemporaryFolder folder;
+    SetupRig rig;
+
+    void putPatch(const std::string& path, const std::string& name, float level = 0.5f) {
+        SetupRig maker;
+        maker.put(0, name, level);
+        file(path);
+        ASSERT_TRUE(maker.user.files.writePreset(maker.engine, 0, folder / path));
+    }
+    void putCombi(const std::string& path, const std::string& name, int part) {
+        SetupRig maker;
+        maker.patches.clear(maker.engine, 0);
+        maker.put(part, name, 0.25f);
+        maker.part(part).location = 0x0304;
+        file(path);
+        ASSERT_TRUE(maker.user.files.writeBank(maker.engine, folder / path));
+    }
+    void file(const std::string& path) const {
+        fs::create_directories(fs::path{folder / path}.parent_path());
+    }
+    void open() {
+        rig.settings.contentLocation = folder / "";
+        ASSERT_TRUE(rig.library.open(folder / ""));
+    }
+    Lines files(const std::string& path) const {
+        Lines names;
+        for (const auto& entry : fs::directory_iterator{folder / path})
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    std::string nameAt(int bank, int program) const {
+        return std::string{rig.library.programName(bank, program)};
+    }
+    std::string nameInFile(const std::string& path) {
+        SetupRig reader;
+        if (!reader.user.files.read(reader.engine, 0, folder / path)) return "unreadable";
+        return std::string{reader.engine.patch(0).name()};
+    }
+};
+
+// Files.
+
+TEST_F(Commands, FilesComeBack) {
+    rig.put(2, "A name of thirty-one characters", 0.25f);
+    ASSERT_TRUE(rig.user.files.writePreset(rig.engine, 2, folder / "a.fxp"));
+    ASSERT_TRUE(rig.user.files.writeBank(rig.engine, folder / "a.fxb"));
+    EXPECT_EQ(files("."), (Lines{"a.fxb", "a.fxp"}));  // nothing else is left
+    const std::string preset = folder.get("a.fxp"), bank = folder.get("a.fxb");
+    EXPECT_EQ(preset.substr(0, 12), (std::string{"CcnK\0\0\0\0FPCh", 12}));
+    EXPECT_EQ(preset.substr(28, 28), (std::string{"A name of thirty-one charac\0", 28}));
+    EXPECT_EQ(bank.substr(8, 4), "FBCh");
+    EXPECT_EQ(bank.size(), 160 + rig.bank().size());
+
+    SetupRig other;
+    EXPECT_TRUE(other.user.files.read(other.engine, 9, folder / "a.fxp"));
+    EXPECT_EQ(other.engine.patch(9).name(), "A name of thirty-one characters");
+    EXPECT_TRUE(other.user.files.read(other.engine, 9, folder / "a.fxb"));
+    EXPECT_EQ(other.engine.patch(9).name(), "");
+    EXPECT_EQ(other.engine.patch(2).name(), "A name of thirty-one characters");
+    // The fifth letter of the kind decides; sizes and the plug-in's version do not matter.
+    std::string marked = bank;
+    marked.replace(4, 4, "abcd");
+    marked.replace(20, 4, "zzzz");
+    folder.put("b", marked);
+    EXPECT_TRUE(other.user.files.read(other.engine, 0, folder / "b"));
+    EXPECT_TRUE(user.takeSaid().empty());
+}
+
+TEST_F(Commands, FilesThatAreNoneAreRefused) {
+    rig.put(0, "Kept", 0.5f);
+    rig.user.files.writePreset(rig.engine, 0, folder / "good.fxp");
+    rig.user.files.writeBank(rig.engine, folder / "good.fxb");
+    const Bytes before = rig.bank();
+    const std::string preset = folder.get("good.fxp"), bank = folder.get("good.fxb");
+    const auto with = [](std::string text, std::size_t at, const std::string& piece) {
+        return text.replace(at, piece.size(), piece);
+    };
+    const std::string path = folder / "bad", none = path + " is not a Stratovane file!";
+    const std::string bytes = std::to_string(preset.size() - 60) + " bytes)";
+    const struct {
+        std::string content, message;
+    } cases[] = {
+        {"", none},
+        {preset.substr(0, 59), none},
+        {bank.substr(0, 159), none},
+        {with(preset, 0, "x"), none},
+        {with(preset, 8, "x"), none},
+        {with(preset, 15, "\2"), none},
+        {with(preset, 16, "MilE"), none},
+        {with(preset, 56, "\1"),
+         "Error loading chunk (QvRR, " + std::to_string(16777216 + preset.size() - 60) + " bytes)"},
+        {preset.substr(0, preset.size() - 1), "Error loading chunk (QvRR, " + bytes},
+        {with(preset, 57, std::string{"\0\3\xE7", 3}), "Error loading chunk (QvRR, 999 bytes)"},
+        {with(preset, 60, "abcd"), "Error loading chunk (abcd, " + bytes},
+    };
+    for (const auto& c : cases) {
+        folder.put("bad", c.content);
+        EXPECT_FALSE(rig.user.files.read(rig.engine, 0, path));
+        EXPECT_EQ(user.takeSaid(), Lines{c.message});
+    }
+    EXPECT_FALSE(rig.user.files.read(rig.engine, 0, folder / "not there"));
+    EXPECT_TRUE(user.takeSaid().empty());
+    EXPECT_EQ(rig.bank(), before);
+
+    const std::string nowhere = folder / "no folder/a.fxp";
+    EXPECT_FALSE(rig.user.files.writePreset(rig.engine, 0, nowhere));
+    EXPECT_FALSE(rig.user.files.writeBank(rig.engine, folder / ""));
+    EXPECT_EQ(user.takeSaid(), (Lines{"Error writing " + nowhere, "Error writing " + folder / ""}));
+    rig.patches.clear(rig.engine, 0);
+    EXPECT_FALSE(rig.user.files.writePreset(rig.engine, 0, folder / "good.fxp"));
+    EXPECT_EQ(folder.get("good.fxp"), preset);  // there was nothing to save
+    EXPECT_TRUE(user.takeSaid().empty());
+}
+
+// The library.
+
+TEST_F(Commands, ProgramsAreLoadedAndSteppedThrough) {
+    putPatch("Patches/005 Mine/003 First.fxp", "in the record", 0.25f);
+    putPatch("Patches/005 Mine/007 [Second.fxp", "in the record", 0.75f);
+    open();
+    const auto load = [&](std::int32_t location, LibraryLoader::AskedBy by) {
+        return rig.programs.load(rig.engine, 2, location, by);
+    };
+    constexpr auto editor = LibraryLoader::AskedBy::editor,
+                   message = LibraryLoader::AskedBy::message;
+    EXPECT_EQ(load(LibraryLoader::next, editor), 0);  // from nowhere
+    rig.part(2).bankSelect = 9;
+    rig.part(2).pendingProgram.store(programWaits | 0x0101);
+    EXPECT_EQ(load(0x0503, message), 0x0503);
+    EXPECT_EQ(rig.part(2).bankSelect, 9);
+    EXPECT_EQ(rig.word(2), programWaits | 0x0101);  // came behind the message
+    EXPECT_EQ(load(LibraryLoader::next, editor), 0x0507);
+    EXPECT_EQ(rig.part(2).bankSelect, 5);
+    EXPECT_EQ(rig.word(2), 0x0507u);
+    EXPECT_EQ(rig.engine.patch(2).name(), "Second");
+    EXPECT_EQ(load(LibraryLoader::next, editor), 0);
+    EXPECT_EQ(load(LibraryLoader::again, editor), 0x0507);
+    EXPECT_EQ(load(LibraryLoader::previous, editor), 0x0503);
+    EXPECT_EQ(load(LibraryLoader::previous, editor), 0);
+    EXPECT_EQ(rig.engine.patch(2).name(), "First");
+    rig.part(2).pendingProgram.store(0x0504);
+    EXPECT_EQ(load(0x0504, message), 0);  // nothing there: the word returns
+    EXPECT_EQ(rig.word(2), 0x0503u);
+}
+
+TEST_F(Commands, CombisReplaceTheWholeSetup) {
+    putCombi("Patches/120 Sets/001 _Quartet.fxb", "Violin", 3);
+    folder.put("Patches/120 Sets/002 Broken.fxb", std::string(2000, 'x'));
+    open();
+    for (int part = 0; part < parts; ++part) rig.part(part).pendingProgram.store(0xFFFF);
+    rig.part(4).pendingProgram.store(programWaits | 0x0102);
+    rig.multi.defaultPatchWanted = true;
+    constexpr auto message = LibraryLoader::AskedBy::message;
+    EXPECT_EQ(rig.programs.load(rig.engine, 15, 0x7801, message), 0x7801);
+    EXPECT_STREQ(rig.programName.data(), "Quartet");
+    EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
+    EXPECT_EQ(rig.engine.patch(0).name(), "");
+    EXPECT_EQ(rig.part(3).location, 0x0304);
+    EXPECT_EQ(rig.word(3), 0x0304u);
+    EXPECT_EQ(rig.word(4), programWaits | 0x0102);
+    EXPECT_EQ(rig.word(15), 0u);
+    EXPECT_EQ(rig.part(15).location, 0);
+    EXPECT_FALSE(rig.multi.defaultPatchWanted);
+    EXPECT_TRUE(rig.multi.patchLoaded);
+
+    for (int part = 0; part < parts; ++part) rig.part(part).pendingProgram.store(0xFFFF);
+    EXPECT_EQ(rig.programs.load(rig.engine, 15, 0x7802, message), 0);
+    EXPECT_EQ(user.takeSaid(), Lines{"Error loading chunk (xxxx, 1840 bytes)"});
+    EXPECT_EQ(rig.word(3), 0x0304u);
+    EXPECT_EQ(rig.word(15), 0u);
+    EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
+
+    rig.part(4).pendingProgram.store(programWaits | 0x0102);
+    EXPECT_EQ(rig.programs.load(rig.engine, 2, 0x7801, LibraryLoader::AskedBy::editor), 0x7801);
+    EXPECT_EQ(rig.word(4), 0u);  // the user came later
+    EXPECT_FALSE(rig.inside);
+}
+
+// Combi chains.
+
+TEST_F(Commands, SlotsOfTheChain) {
+    putCombi("Patches/120 Sets/001 Quartet.fxb", "Violin", 3);
+    open();
+    CombiChain& chain = rig.user.combis;
+    chain.set(7, 0x7801);
+    chain.copy(7, 127);
+    chain.move(7, 0);
+    chain.move(0, 0);
+    for (const int outside : {-1, 128}) {
+        chain.set(outside, 0x7801);
+        chain.copy(0, outside);
+        chain.move(0, outside);
+        chain.copy(outside, 0);
+        chain.select(rig.engine, outside);
+        EXPECT_EQ(chain.label(outside), "");
+    }
+    EXPECT_EQ(rig.multi.combis.at(0), 0x7801);
+    EXPECT_EQ(rig.multi.combis.at(7), -1);
+    EXPECT_EQ(chain.label(0), "000 Quartet");
+    EXPECT_EQ(chain.label(7), "007 Empty slot");
+    rig.settings.oneBasedNumbers = true;
+    EXPECT_EQ(chain.label(127), "128 Quartet");
+    EXPECT_EQ(rig.multi.combis.current, -1);
+    chain.select(rig.engine, 9);
+    EXPECT_EQ(rig.multi.combis.current, 9);
+    EXPECT_EQ(rig.engine.patch(0).name(), "Sawtooth");  // an empty slot loads nothing
+    chain.select(rig.engine, 127);
+    EXPECT_EQ(rig.multi.combis.current, 127);
+    EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
+    chain.clear(127);
+    EXPECT_EQ(rig.multi.combis.at(127), -1);
+    chain.setPreloadMode(2);
+    EXPECT_EQ(rig.settings.combiPreload, 2);
+    EXPECT_EQ(chain.defaultPath(), folder / "Combi chains/unnamed.s2c");
+}
+
+TEST_F(Commands, ChainFiles) {
+    CombiChain& chain = rig.user.combis;
+    const std::string head = "SV2//COMBICHAIN\n", path = folder / "a.s2c";
+    std::string all = head;
+    for (int i = 0; i < 128; ++i) all += std::to_string(30720 + i) + "\n";
+    const struct {
+        std::string text;
+        bool good;
+        std::vector<std::int32_t> slots;  // the first ones, of which the rest stays
+    } cases[] = {
+        {head, true, {}},
+        {head + "30720\n-1\n30722\n", true, {30720, -1, 30722}},
+        {head + "5\n\n\r\n30721\n", true, {30721}},
+        {"SV2//COMBICHAIN\r\n30720\r\n-1\r\n", true, {30720, -1}},
+        {head + "words\n30723 and more\n", true, {30723}},
+        {head + std::string(62, ' ') + "x30724\n", true, {30724}},  // cut into two lines
+        {head + "99999999999\n30725", true, {-1, 30725}},           // the first is no combi
+        {all + "31000\n", true, {30720, 30721, 30722}},
+        {"SV2//COMBICHAIN", false, {}},
+        {"SV2//COMBICHAIN \n30720\n", false, {}},
+        {"", false, {}},
+        {"30720\n", false, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text.substr(0, 60));
+        for (int slot = 0; slot < 128; ++slot) chain.set(slot, 32000 + slot);
+        folder.put("a.s2c", c.text);
+        EXPECT_EQ(chain.read(path), c.good);
+        EXPECT_EQ(user.takeSaid(), c.good ? Lines{} : Lines{"File Format invalid " + path});
+        const auto filled = c.text.size() > 700 ? 128 : c.slots.size();
+        for (std::size_t slot = 0; slot < c.slots.size(); ++slot)
+            EXPECT_EQ(rig.multi.combis.at(static_cast<int>(slot)), c.slots[slot]) << slot;
+        for (std::size_t slot = filled; slot < 128; ++slot)
+            ASSERT_EQ(rig.multi.combis.at(static_cast<int>(slot)),
+                      32000 + static_cast<std::int32_t>(slot));
+    }
+    chain.set(3, -1);
+    EXPECT_TRUE(chain.write(path));
+    EXPECT_TRUE(folder.get("a.s2c").starts_with(head + "32000\n32001\n32002\n-1\n32004\n"));
+    EXPECT_EQ(files("."), Lines{"a.s2c"});
+    const std::string bank = folder / "a.fxb.s2c", other = folder / "a.txt",
+                      gone = folder / "b.s2c";
+    for (const std::string& wrong : {bank, other, gone}) EXPECT_FALSE(chain.read(wrong));
+    EXPECT_FALSE(chain.write(folder / "none/a.s2c"));
+    EXPECT_EQ(user.takeSaid(),
+              (Lines{bank + " is not a combi chain", other + " is not a combi chain",
+                     "Error reading " + gone, "Error writing " + folder / "none/a.s2c"}));
+}
+
+// Parts.
+
+TEST_F(Commands, PartsAreCopiedAndMoved) {
+    Patch& model = rig.put(0, "Model", 0.25f);
+    model.scenes().put(1, std::make_shared<const Scene>(Scene{.name = "One"}));
+    model.store(0, 23, 0.1f);  // below what the host's "Arp. Rate" reaches
+    rig.parameters.set(strip::pan, 0.9f);
+    rig.parameters.set(strip::output, 0.08f);
+    rig.parameters.set(strip::firstKnob + 2, 0.3f);
+    rig.parameters.set(50, 0.4f);           // of no meaning, but the host's
+    rig.parameters.set(56 + 24 + 3, 0.7f);  // of the second insert effect
+    rig.parameters.set(5 * partRows + strip::link, 1.0f);
+    rig.parameters.set(5 * partRows + strip::lock, 1.0f);
+    rig.parameters.set(5 * partRows + strip::mute, 1.0f);
+    rig.part(0).location = 0x0203;
+    // The first send is the shared reverb, which a copy must neither take along nor touch.
+    Patch& master = rig.engine.master();
+    master.setText(65, "Hall");
+    master.store(65, elementIndex::mute, 0.0f);
+    master.store(65, elementIndex::item, storedEffectType(0));
+    rig.part(5).pendingProgram.store(programWaits | 1);
+
+    EXPECT_FALSE(rig.user.parts.copy(rig.engine, 0, 0, PartCopier::Source::clear));
+    EXPECT_FALSE(rig.user.parts.copy(rig.engine, 0, 16, PartCopier::Source::clear));
+    EXPECT_EQ(rig.engine.patch(0).name(), "Model");
+    ASSERT_TRUE(rig.user.parts.copy(rig.engine, 0, 5, PartCopier::Source::keep));
+    const Patch& copy = rig.engine.patch(5);
+    EXPECT_EQ(copy.name(), "Model");
+    EXPECT_EQ(copy.scenes().at(1)->name, "One");
+    EXPECT_EQ(copy.get(0, 23), 0.1f);
+    for (int k = 1; k < partRows; ++k) {
+        const HostAddress row = decodeHostIndex(k);
+        EXPECT_EQ(rig.host(5, k),
+                  row.block == HostBlock::insert
+                      ? rig.engine.patch(0).get(firstSendSlot + row.slot, hostRow(row).target)
+                      : rig.host(0, k))
+            << k;
+    }
+    EXPECT_EQ(rig.host(5, strip::link), 1.0f);
+    EXPECT_EQ(copy.get(0, global::pan), 0.9f);
+    EXPECT_EQ(copy.get(66, 27), 0.7f);
+    EXPECT_EQ(rig.part(5).knobs[2], 0.3f);
+    EXPECT_EQ(rig.part(5).location, 0x0203);
+    EXPECT_EQ(rig.word(5), 0x0203u);
+    EXPECT_EQ(copy.get(65, elementIndex::item), 1.0f);
+    EXPECT_EQ(master.text(65), "Hall");
+    EXPECT_EQ(rig.displayUpdates, 1);
+    EXPECT_EQ(rig.engine.patch(0).name(), "Model");
+
+    ASSERT_TRUE(rig.user.parts.copy(rig.engine, 0, 6, PartCopier::Source::clear));
+    EXPECT_EQ(rig.engine.patch(6).name(), "Model");
+    EXPECT_EQ(rig.engine.patch(0).name(), "");
+    EXPECT_EQ(rig.part(0).location, 0);
+    EXPECT_EQ(rig.part(0).knobs[2], 0.5f);
+}
+
+// Saving to the library.
+
+TEST_F(Commands, PatchesGoIntoUserBanks) {
+    putPatch("Patches/005 Mine/003 Lead.fxp", "Lead");
+    open();
+    LibrarySaver& saver = rig.user.saver;
+    EXPECT_EQ(saver.save(rig.engine, 1, 100), -1);  // nothing to save
+    rig.put(1, "So/ft: \"Pad\"", 0.3f);
+    rig.part(1).pendingProgram.store(programWaits | 7);
+    // A bank without a folder is made; no other bank than one of the user's is taken.
+    EXPECT_EQ(saver.save(rig.engine, 1, 5), 100 << 8);
+    EXPECT_EQ(files("Patches/100 User"), Lines{"000 So_ft_ _Pad_.fxp"});
+    EXPECT_EQ(rig.part(1).location, 100 << 8);
+    EXPECT_EQ(rig.word(1), 100u << 8);
+    EXPECT_EQ(nameAt(100, 0), "So_ft_ _Pad_");
+    EXPECT_EQ(rig.listUpdates, 1);
+    EXPECT_EQ(rig.displayUpdates, 1);
+    EXPECT_TRUE(user.takeSaid().empty());
+
+    // Again: it comes from there.
+    const std::string question = "Overwrite So/ft: \"Pad\" in User?";
+    rig.engine.patch(1).store(0, global::level, 0.8f);
+    user.willAnswer({1});
+    EXPECT_EQ(saver.save(rig.engine, 1, 119), 100 << 8);
+    EXPECT_EQ(user.takeSaid(), Lines{question});
+    // No: not asked a second time for the same bank, but for another one with such a patch.
+    user.willAnswer({0});
+    EXPECT_EQ(saver.save(rig.engine, 1, 100), (100 << 8) + 1);
+    EXPECT_EQ(user.takeSaid(), Lines{question});
+    rig.part(1).location = 0;
+    user.willAnswer({1});
+    EXPECT_EQ(saver.save(rig.engine, 1, 100), 100 << 8);
+    rig.part(1).location = 0;
+    user.willAnswer({0});
+    EXPECT_EQ(saver.save(rig.engine, 1, 100), (100 << 8) + 2);
+    EXPECT_EQ(user.takeSaid(), (Lines{question, question}));
+    EXPECT_EQ(files("Patches/100 User").size(), 3u);
+
+    // A patch of a factory folder may go back there.
+    rig.programs.load(rig.engine, 2, 0x0503, LibraryLoader::AskedBy::editor);
+    rig.engine.patch(2).setText(1, "Changed");
+    user.willAnswer({1});
+    EXPECT_EQ(saver.save(rig.engine, 2, 100), 0x0503);
+    EXPECT_EQ(user.takeSaid(), Lines{"Overwrite Lead in Mine?"});
+    SetupRig reader;
+    ASSERT_TRUE(reader.user.files.read(reader.engine, 0, folder / "Patches/005 Mine/003 Lead.fxp"));
+    EXPECT_EQ(reader.engine.patch(0).text(1), "Changed");
+    user.willAnswer({0});
+    EXPECT_EQ(saver.save(rig.engine, 2, 0), (100 << 8) + 3);
+    EXPECT_EQ(rig.part(2).location, (100 << 8) + 3);
+    // A combi's number is no place for a patch.
+    rig.put(3, "Elsewhere", 0.5f);
+    rig.part(3).location = 0x7A05;
+    EXPECT_EQ(saver.save(rig.engine, 3, 0), (100 << 8) + 4);
+}
+
+TEST_F(Commands, OverwritingKeepsOneFileANumber) {
+    putPatch("Patches/100 Old ones/004 Pad.FXP", "Pad", 0.1f);
+    putCombi("Patches/121 Sets/002 Song.fxb", "Violin", 3);
+    putPatch("Patches/121 Sets/006 Odd.fxp", "Odd");
+    open();
+    rig.put(0, "Pad", 0.9f);
+    user.willAnswer({1, 1, 1});
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 0, 100), (100 << 8) + 4);
+    EXPECT_EQ(files("Patches/100 Old ones"), Lines{"004 Pad.FXP"});
+    EXPECT_EQ(nameInFile("Patches/100 Old ones/004 Pad.FXP"), "Pad");
+    rig.access.setProgramName("Song");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 0), (121 << 8) + 2);
+    rig.access.setProgramName("Odd");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, -1, 121), (121 << 8) + 6);
+    EXPECT_EQ(files("Patches/121 Sets"), (Lines{"002 Song.fxb", "006 Odd.fxb"}));
+    EXPECT_EQ(user.takeSaid(), (Lines{"Overwrite Pad in Old ones?", "Overwrite Song in Sets?",
+                                      "Overwrite Odd in Sets?"}));
+    EXPECT_EQ(rig.programs.load(rig.engine, 15, (121 << 8) + 6, LibraryLoader::AskedBy::editor),
+              (121 << 8) + 6);
+    EXPECT_EQ(rig.engine.patch(0).name(), "Pad");
+}
+
+TEST_F(Commands, CombisGoIntoCombiBanks) {
+    putPatch("Patches/005 Mine/003 Lead.fxp", "Lead");
+    open();
+    rig.put(4, "Here", 0.25f);
+    rig.access.setProgramName("My song");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 100), 121 << 8);
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 127), 127 << 8);
+    EXPECT_EQ(files("Patches/121 User"), Lines{"000 My song.fxb"});
+    EXPECT_EQ(rig.displayUpdates, 0);
+    EXPECT_EQ(rig.listUpdates, 2);
+    // A file that came meanwhile is seen.
+    fs::rename(folder / "Patches/121 User/000 My song.fxb",
+               folder / "Patches/121 User/000 Other.fxb");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 121), (121 << 8) + 1);
+    rig.access.setProgramName("");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 121), -1);
+    EXPECT_TRUE(user.takeSaid().empty());
+}
+
+TEST_F(Commands, SavingIsRefusedWithoutAPlace) {
+    rig.put(0, "Pad", 0.5f);
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 0, 100), -1);  // no library
+    EXPECT_EQ(user.takeSaid().size(), 1u);
+    file("Patches/100 Full/x");
+    for (int i = 0; i < 128; ++i) {
+        char name[32];
+        TextOut out{name};
+        out.print("Patches/100 Full/%.3d P%d.fxp", i, i);
+        folder.put(std::string{out.view()}, "x");
+    }
+    folder.put("Patches/101 One file.bank", "x");
+    open();
+    const auto before = files("Patches/100 Full");
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 0, 100), -1);
+    EXPECT_EQ(rig.user.saver.save(rig.engine, 0, 101), -1);
+    EXPECT_EQ(user.takeSaid(), (Lines{"Full is full. Please select another bank",
+                                      "One file is full. Please select another bank"}));
+    EXPECT_EQ(files("Patches/100 Full"), before);
+    EXPECT_EQ(rig.part(0).location, 0);
+    EXPECT_EQ(rig.listUpdates, 0);
+}
+
+}  // namespace
+}  // namespace stratovane
