@@ -8,6 +8,7 @@
 #include "base/ring.h"
 #include "base/shared.h"
 #include "base/units.h"
+#include "engine/master_tune.h"
 
 namespace stratovane {
 
@@ -72,6 +73,7 @@ struct Request {
 struct MultiSetup {
     std::array<PartSetup, parts> part;
     CombiTable combis;
+    MasterTune tune;
     SharedCounter programRequests;          // bumped by whoever asks for a program
     Shared<bool> defaultPatchWanted{true};  // bank 84, program 0 for part 1, at the first idle call
     Shared<bool> generalMidi{false};
