@@ -16,7 +16,10 @@
 #include "engine/transport.h"
 #include "host/midi_echo.h"
 #include "host/program_list.h"
+#include "midi/general_midi.h"
+#include "midi/message_settings.h"
 #include "midi/midi_input.h"
+#include "midi/status_line.h"
 #include "mrx/host_plugin_base.h"
 #include "persistence/library_loader.h"
 #include "persistence/patch_loader.h"
@@ -74,6 +77,13 @@ class Synth : public HostPluginBase {
 
     /// The last step of construction, once the whole object is there.
     void finishConstruction();
+    /// Who follows what is set. Construction.
+    void observeParameters(HostParameterObserver& observer) { parameters_.observe(&observer); }
+    /// The editor's reset: the whole setup as the General MIDI mode starts, or empty with the mode
+    /// off. UI thread.
+    void resetGeneralMidi();
+    /// What the editor's status line says. Any thread.
+    void showStatus(TextOut& out) const { status_.show(out); }
 
   private:
     enum class Output { replace, add };
@@ -98,6 +108,10 @@ class Synth : public HostPluginBase {
     void drainCommands();
     void loadWaitingPrograms();
     void handleRequests();
+    /// The reset's last steps, which concern what belongs to the whole instrument.
+    void finishReset();
+    void readSettingsAgain();
+    void updateDisplay();
     bool busy() const;
 
     Trace trace_;
@@ -113,7 +127,10 @@ class Synth : public HostPluginBase {
     HostParameters parameters_{shared_, multi_, commands_};
     PatchLoader patchLoader_{multi_, settings_, parameters_, commands_, trace_};
     LibraryLoader loader_{library_, patchLoader_, multi_, trace_};
-    MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
+    MessageSettings messages_{multi_, parameters_, shared_, trace_};
+    GeneralMidi generalMidi_{multi_, parameters_, loader_, patchLoader_, messages_};
+    StatusLine status_;
+    MidiInput midi_{multi_, settings_, presence_, messages_, status_, trace_};
     MidiEcho echo_;
     std::unique_ptr<Engine> engine_;
     RenderGate gate_;
@@ -122,7 +139,6 @@ class Synth : public HostPluginBase {
 
     // UI thread
     std::array<char, programNameSize> programName_{"Stratovane 2"};
-    std::array<char, 256> statusText_{};
     bool lazyInitPending_ = true;
     bool resumesItself_ = false;   // under a host that never asks for it
     bool followsPlayback_ = true;  // the host's inspector can update while it plays

@@ -8,7 +8,8 @@
 
 namespace stratovane {
 
-std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by) {
+std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by,
+                                 PatchLoader::Mix mix) {
     trace_.write(TraceLevel::patch, "loadPatchFromLibrary(ch%ld, %X)", part + 1, location);
     PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
     auto named = [this](std::int32_t at) {
@@ -39,11 +40,12 @@ std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location
     if (!loader_.load(engine, part, ByteView{*entry},
                       {.libraryBank = bankOf(location),
                        .forMessage = by == AskedBy::message,
+                       .mix = mix,
                        .name = name})) {
         setup.location = before;
         return 0;
     }
-    multi_.refresh = multi_.refresh + 1;
+    multi_.refresh.bump();
     multi_.patchLoaded = true;
     return location;
 }

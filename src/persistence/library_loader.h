@@ -4,12 +4,12 @@
 #include <cstdint>
 
 #include "base/trace.h"
+#include "persistence/patch_loader.h"
 
 namespace stratovane {
 
 class ContentLibrary;
 class Engine;
-class PatchLoader;
 struct MultiSetup;
 
 /// UI thread.
@@ -28,7 +28,8 @@ class LibraryLoader {
 
     /// Loads a location, or steps from the part's own to the next or previous program that has a
     /// name. Answers the location, 0 when nothing was loaded.
-    std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by);
+    std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by,
+                      PatchLoader::Mix mix = PatchLoader::Mix::ofPatch);
 
   private:
     const ContentLibrary& library_;

@@ -76,6 +76,9 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     }
     fresh.recall(0, global::eco, settings_.memoryUse);
     settleMixer(part, fresh, source.mode);
+    if (source.mix == Mix::plain)
+        for (const PlainMix& row : plainMix)
+            fresh.recall(0, hostRow({HostBlock::strip, part, 0, row.row}).target, row.value);
     if (source.forMessage) setup.sets.applyTo(fresh);
     engine.adopt(part, std::move(instance),
                  source.forMessage ? Engine::AskedBy::message : Engine::AskedBy::editor);

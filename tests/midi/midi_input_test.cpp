@@ -11,6 +11,8 @@
 #include "engine/content_presence.h"
 #include "engine/engine.h"
 #include "engine/multi_setup.h"
+#include "midi/message_settings.h"
+#include "midi/status_line.h"
 #include "mrx/events.h"
 #include "settings/settings.h"
 
@@ -26,7 +28,9 @@ struct Rig {
     ContentPresence presence;
     HostParameters parameters{shared, multi, commands};
     Engine engine{shared, trace, 4};
-    MidiInput midi{multi, settings, presence, parameters, trace};
+    MessageSettings messages{multi, parameters, shared, trace};
+    StatusLine line;
+    MidiInput midi{multi, settings, presence, messages, line, trace};
 
     Rig() {
         parameters.attach(engine);
