@@ -111,7 +111,8 @@ class Synth : public HostPluginBase {
     /// The reset's last steps, which concern what belongs to the whole instrument.
     void finishReset();
     void readSettingsAgain();
-    void updateDisplay();
+    /// Parts play other patches: the host may draw them, if the user wants it.
+    void partsChanged();
     bool busy() const;
 
     Trace trace_;

@@ -31,7 +31,7 @@ std::int32_t Synth::fxIdle() {
     lazyInit("fxIdle");
     if (multi_.patchLoaded) {
         multi_.patchLoaded = false;
-        updateDisplay();
+        partsChanged();
     }
     handleRequests();
     loadWaitingPrograms();
@@ -41,7 +41,7 @@ std::int32_t Synth::fxIdle() {
     return 1;
 }
 
-void Synth::updateDisplay() {
+void Synth::partsChanged() {
     if (settings_.updateDisplay == 2 || (settings_.updateDisplay == 1 && !transport_.playing()))
         callHost(HostRequest::updateDisplay);
 }
@@ -67,7 +67,7 @@ void Synth::finishReset() {
     multi_.refresh.bump();
     multi_.dirty = true;
     setProgramName("Stratovane 2");
-    updateDisplay();
+    partsChanged();
 }
 
 void Synth::readSettingsAgain() {
@@ -117,7 +117,7 @@ void Synth::loadProgram(int part, std::int32_t location, bool isDefaultPatch) {
     const bool isCombi = location >= firstCombi;
     if (isCombi) {
         wanted = combis == CombiUse::chain || (combis == CombiUse::on && part == parts - 1);
-        if (wanted && combis == CombiUse::chain) multi_.combis.current = CombiTable::none;
+        if (wanted) multi_.combis.current = CombiTable::none;
     } else if (location != 0) {
         wanted = settings_.midiPatches != 0 || isDefaultPatch || multi_.generalMidi;
     }
