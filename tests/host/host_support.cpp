@@ -114,6 +114,19 @@ void TestHost::midi(std::vector<MidiEvent> events) const {
     EXPECT_EQ(ask(Opcode::processEvents, 0, 0, list), 1);
 }
 
+void TestHost::exclusive(std::vector<std::uint8_t> bytes, std::int32_t frame) const {
+    bytes.insert(bytes.begin(), 0xF0);
+    bytes.push_back(0xF7);
+    SystemExclusiveEvent event;
+    event.head.frame = frame;
+    event.dump = bytes.data();
+    event.dumpLength = static_cast<std::int32_t>(bytes.size());
+    EventList list;
+    list.count = 1;
+    list.events[0] = &event.head;
+    EXPECT_EQ(ask(Opcode::processEvents, 0, 0, &list), 1);
+}
+
 void TestHost::render(std::int32_t frames) {
     std::vector<float*> pointers;
     for (auto& output : outputs) {

@@ -44,6 +44,8 @@ class TestHost {
     /// Blocks of no frames and idle calls until the plug-in has nothing left to load.
     void settle();
     void midi(std::vector<MidiEvent> events) const;
+    /// A whole message of the bytes between 0xF0 and 0xF7.
+    void exclusive(std::vector<std::uint8_t> bytes, std::int32_t frame = 0) const;
     void render(std::int32_t frames);
     float peak(std::size_t output) const;
     void set(std::int32_t index, float value) const { record->setParameter(record, index, value); }
