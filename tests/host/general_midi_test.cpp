@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <filesystem>
@@ -14,6 +15,7 @@
 #include "base/engine_shared.h"
 #include "content/program_files.h"
 #include "host/host_support.h"
+#include "host/synth.h"
 #include "patch/parameter_ids.h"
 #include "patch/patch.h"
 #include "patch/record_writer.h"
@@ -97,6 +99,7 @@ TEST_F(GeneralMidiHost, ResetsTheWholeSetup) {
         char name[] = "Another";
         host.ask(Opcode::setProgramName, 0, 0, name);
         const int updates = host.sent(HostRequest::updateDisplay);
+        std::ofstream{host.settingsFile(), std::ios::app} << "Master Vol=+6.0 dB\nOutputs=SS\n";
 
         host.exclusive(message);
         EXPECT_EQ(host.ask(Opcode::vendorSpecific, fourCharacters("busy")), 1);
@@ -116,7 +119,8 @@ TEST_F(GeneralMidiHost, ResetsTheWholeSetup) {
             EXPECT_EQ(record.program, 0);
             EXPECT_EQ(record.bankLsb, p == 9 ? 79 : 78);
         }
-        EXPECT_NEAR(host.get(0), 0.5005933f, 1e-5f);  // the setting, read again
+        EXPECT_EQ(host.get(0), 1.0f);  // the setting, read again; outputs stay
+        EXPECT_EQ(host.record->outputCount, 8);
         EXPECT_EQ(host.text(Opcode::getProgramName), "Stratovane 2");
         EXPECT_GT(host.sent(HostRequest::updateDisplay), updates);
         // A reverb, nothing, a chorus, nothing.
@@ -244,6 +248,71 @@ TEST_F(GeneralMidiHost, ComesBeforeTheDefaultPatch) {
     host.exclusive(gmOn);
     host.settle();
     EXPECT_EQ(host.get(part(0, level)), sound0);
+}
+
+/// The plug-in without a host, whose editor is these tests.
+struct Probe : Synth {
+    Probe() : Synth{nullptr} { finishConstruction(); }
+    using Synth::resetGeneralMidi;
+    std::string status() const {
+        char text[64];
+        TextOut out{text};
+        showStatus(out);
+        return std::string{out.view()};
+    }
+};
+
+TEST_F(GeneralMidiHost, ResetsByHand) {
+    folder_.put("settings.ini",
+                "[Software\\Taldrimor\\Stratovane 2]\nMaster Vol=+6.0 dB\n" + settings());
+    const ScopedEnvironment file{"STRATOVANE_SETTINGS", (folder_ / "settings.ini").c_str()};
+    Probe probe;
+    EffectRecord& record = *probe.record();
+    const auto ask = [&record](Opcode opcode, void* pointer = nullptr) {
+        return record.request(&record, static_cast<std::int32_t>(opcode), 0, 1, pointer, 0);
+    };
+    ask(Opcode::mainsChanged);
+    for (int index = 0; index < hostParameters; ++index) probe.setParameter(index, 0.875f);
+    probe.resetGeneralMidi();
+    // Empty patches and no effects.
+    const EngineShared shared;
+    const Patch empty{shared};
+    for (int index = 1; index < hostParameters; ++index) {
+        const HostAddress a = decodeHostIndex(index);
+        float expected = hostDefault(index);
+        const bool strips = a.block == HostBlock::strip;
+        if (strips && hostRow(a).target >= 0) expected = empty.get(0, hostRow(a).target);
+        if (strips && a.row == strip::arpeggiatorRate)
+            expected = std::clamp(expected * 1.25f - 0.25f, 0.0f, 1.0f);
+        if (a.block == HostBlock::insert)
+            expected = empty.get(firstSendSlot + a.slot, hostRow(a).target);
+        for (const PlainMix& row : plainMix)
+            if (strips && a.row == row.row) expected = row.value;
+        EXPECT_EQ(probe.getParameter(index), expected) << index;
+    }
+    EXPECT_EQ(probe.getParameter(0), 1.0f);
+
+    // In the mode it loads the sounds at once.
+    SystemExclusiveEvent event;
+    const std::uint8_t on[] = {0xF0, 0x7E, 0x7F, 9, 1, 0xF7};
+    event.dump = on;
+    event.dumpLength = sizeof on;
+    EventList list;
+    list.count = 1;
+    list.events[0] = &event.head;
+    ask(Opcode::processEvents, &list);
+    EXPECT_EQ(probe.status(), "SysEx: General MIDI On");
+    EXPECT_EQ(probe.getParameter(part(9, level)), 0.0f);
+    probe.resetGeneralMidi();
+    EXPECT_EQ(probe.getParameter(part(9, level)), kit0);
+    ask(Opcode::idle);
+    // A program change after it is the same, or another.
+    MidiEvent change = message(0xC2, 48);
+    list.events[0] = &change.head;
+    ask(Opcode::processEvents, &list);
+    ask(Opcode::idle);
+    EXPECT_EQ(probe.status(), "MIDI Program Change 48, Bank 78, Channel 2");
+    EXPECT_EQ(probe.getParameter(part(2, level)), sound48);
 }
 
 TEST_F(GeneralMidiHost, TakesWhateverComes) {
