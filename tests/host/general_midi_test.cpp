@@ -167,21 +167,27 @@ TEST_F(GeneralMidiHost, MapsProgramChanges) {
         {"a combi that is not there", 2, 64, 1, sound0},
     };
     // The user may have switched program changes off: this mode obeys them all the same.
-    for (const char* patches : {"MIDI Patches=OFF\n", "MIDI Patches=ON\n"})
+    for (const char* patches : {"MIDI Patches=OFF\n", "MIDI Patches=ON\n"}) {
+        TestHost host{settings(patches)};
+        host.start();
+        host.settle();
         for (const Case& c : cases) {
-            TestHost host{settings(patches)};
-            host.start();
-            host.settle();
             host.exclusive(gmOn);
             host.midi({message(0xB0 | c.channel, 0, c.msb), message(0xC0 | c.channel, c.program)});
             host.settle();
             EXPECT_EQ(host.get(part(c.channel, level)), c.expected) << c.what << " " << patches;
             EXPECT_EQ(host.get(part(3, level)), sound0) << c.what;
-            // Off again it keeps what it plays, and program changes mean the library's banks.
+            // Off again it keeps what it plays.
             host.exclusive(gmOff);
             host.settle();
             EXPECT_EQ(host.get(part(c.channel, level)), c.expected) << c.what;
         }
+        // And program changes mean the library's banks again, where they are wanted.
+        host.midi({message(0xB3, 0, 0), message(0xB3, 32, 84), message(0xC3, 0)});
+        host.settle();
+        EXPECT_EQ(host.get(part(3, level)),
+                  patches == std::string{"MIDI Patches=ON\n"} ? first : sound0);
+    }
 }
 
 TEST_F(GeneralMidiHost, ActsInTheOrderOfTheMessages) {

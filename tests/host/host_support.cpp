@@ -47,7 +47,10 @@ TestHost::~TestHost() {
 std::intptr_t TestHost::callback(EffectRecord*, std::int32_t opcode, std::int32_t, std::intptr_t,
                                  void* pointer, float) {
     TestHost& host = *current_;
-    host.requests.push_back(opcode);
+    {
+        const std::lock_guard lock{host.requestsMutex_};
+        host.requests.push_back(opcode);
+    }
     switch (static_cast<HostRequest>(opcode)) {
         case HostRequest::version:
             return host.identity_.answers ? 2300 : 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ class TestHost {
     EffectRecord* record = nullptr;
     TimeInfo time;
     bool givesTime = true;
-    std::vector<std::int32_t> requests;             // opcodes the plug-in sent, in order
+    std::vector<std::int32_t> requests;  // opcodes the plug-in sent, in order, from either thread
     std::vector<std::vector<std::uint8_t>> echoed;  // three bytes each
     std::vector<std::vector<float>> outputs;
 
@@ -60,6 +61,7 @@ class TestHost {
     Identity identity_;
     std::string settingsPath_;
     void* library_ = nullptr;
+    mutable std::mutex requestsMutex_;
     static TestHost* current_;
 };
 
