@@ -49,6 +49,7 @@ void HostParameters::set(int index, float value) {
     value = toUnitRange(value);
     values_[static_cast<std::size_t>(index)] = value;
     if (index == 0) refreshMasterGain();
+    if (observer_ != nullptr) observer_->hostParameterSet(index);
     Engine* engine = engine_.read();
     if (engine == nullptr) return;
     const HostAddress a = decodeHostIndex(index);
@@ -85,8 +86,56 @@ void HostParameters::setStrip(const HostAddress& a, float value) {
             break;
     }
     engine_.read()->patch(a.part).store(0, row.target, value * row.scale + row.offset);
+    keepKnob(a, value);
+}
+
+void HostParameters::keepKnob(const HostAddress& a, float value) {
     if (const int knob = a.row - strip::firstKnob; knob >= 0 && knob < 6)
         multi_.part[static_cast<std::size_t>(a.part)].knobs[static_cast<std::size_t>(knob)] = value;
+}
+
+// Refreshing. The patch holds the values already, so nothing is written into it: that would also
+// disarm a learning controller, and a patch's arpeggio rate below the host's range would move.
+
+void HostParameters::countAsSet(int index, float value) {
+    remember(index, value);
+    if (observer_ != nullptr) observer_->hostParameterSet(index);
+}
+
+void HostParameters::refreshPart(int part) {
+    for (int row = 0; row < stripRows; ++row) {
+        const HostAddress address{HostBlock::strip, part, 0, row};
+        const int index = encodeHostIndex(address);
+        if (!mapped(address)) continue;
+        const float value = get(index);
+        if (value == stored(index)) continue;
+        keepKnob(address, value);
+        countAsSet(index, value);
+    }
+}
+
+void HostParameters::refreshEffect(HostAddress effect, const Patch& patch) {
+    for (effect.row = 0; effect.row < effectRows; ++effect.row)
+        countAsSet(encodeHostIndex(effect),
+                   patch.get(firstSendSlot + effect.slot, hostRow(effect).target));
+}
+
+void HostParameters::refreshInsert(int part, int slot) {
+    refreshEffect({HostBlock::insert, part, slot, 0}, engine_.read()->patch(part));
+}
+
+void HostParameters::refreshMaster(int slot) {
+    refreshEffect({HostBlock::master, 0, slot, 0}, engine_.read()->master());
+}
+
+void HostParameters::touch(int part, int element, int index) {
+    const int shown = hostIndexOf(part, element, index);
+    if (shown < 0) return;
+    const HostAddress address = decodeHostIndex(shown);
+    if (address.block == HostBlock::strip) return countAsSet(shown, get(shown));
+    const Patch& patch =
+        address.block == HostBlock::master ? engine_.read()->master() : engine_.read()->patch(part);
+    countAsSet(shown, patch.get(element, index));
 }
 
 bool HostParameters::mapped(const HostAddress& a) const {

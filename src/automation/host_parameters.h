@@ -15,7 +15,17 @@ namespace stratovane {
 
 class CommandRing;
 class Engine;
+class Patch;
 struct MultiSetup;
+
+/// Told of every value that is set, by whichever thread sets it.
+class HostParameterObserver {
+  public:
+    virtual void hostParameterSet(int index) = 0;
+
+  protected:
+    ~HostParameterObserver() = default;
+};
 
 /// Most values live in the parts' patches; the others, and the last value set of each, are held
 /// here. Threads: set and get from any; names and displays on the UI thread.
@@ -26,6 +36,9 @@ class HostParameters {
     /// From now on values reach the engine's patches; the master effects' 96 values are pushed at
     /// once. UI thread.
     void attach(Engine& engine);
+
+    /// Who is told of what is set; null for nobody. Construction.
+    void observe(HostParameterObserver* observer) { observer_ = observer; }
 
     /// Limited to 0..1; an index that does not exist is ignored.
     void set(int index, float value);
@@ -41,6 +54,16 @@ class HostParameters {
     void rememberInsert(const HostAddress& insert);
     /// Likewise the 24 values of a master effect, slot 0..3.
     void rememberMaster(int slot);
+    /// After the editor changed a part's patch: what differs from the value last set counts as set
+    /// to what the patch says now. UI thread.
+    void refreshPart(int part);
+    /// After an effect was loaded or changed: its 24 values count as set to what it says now. Slot
+    /// 0..3. UI thread.
+    void refreshInsert(int part, int slot);
+    void refreshMaster(int slot);
+    /// The editor is about to work on a parameter of a part's patch (see hostIndexOf): when the
+    /// host shows it, it counts as set. UI thread.
+    void touch(int part, int element, int index);
     /// Whether a part's patch has neither name nor elements.
     bool partIsEmpty(int part) const;
 
@@ -51,12 +74,16 @@ class HostParameters {
 
   private:
     void setStrip(const HostAddress& address, float value);
+    void keepKnob(const HostAddress& address, float value);
+    void countAsSet(int index, float value);
+    void refreshEffect(HostAddress effect, const Patch& patch);
     bool mapped(const HostAddress& address) const;
     void showOwn(TextOut& out, const HostAddress& address, float value) const;
 
     EngineShared& shared_;
     MultiSetup& multi_;
     CommandRing& commands_;
+    HostParameterObserver* observer_ = nullptr;
     Published<Engine> engine_;
     std::array<Shared<float>, hostParameters> values_;
 };

@@ -136,6 +136,21 @@ const HostRow& hostRow(const HostAddress& address) {
     }
 }
 
+int hostIndexOf(int part, int element, int index) {
+    constexpr int firstSlot = 65;  // number of the first send slot's element
+    const bool master = part == parts;
+    if (part < 0 || part > parts || index < 0 || (master && element == 0)) return -1;
+    if (element != 0 && (element < firstSlot || element >= firstSlot + slots)) return -1;
+    const HostBlock block = master         ? HostBlock::master
+                            : element == 0 ? HostBlock::strip
+                                           : HostBlock::insert;
+    HostAddress address{block, master ? 0 : part, element == 0 ? 0 : element - firstSlot, 0};
+    const int rows = block == HostBlock::strip ? stripRows : effectRows;
+    for (; address.row < rows; ++address.row)
+        if (hostRow(address).target == index) return encodeHostIndex(address);
+    return -1;
+}
+
 float hostDefault(int index) {
     const HostAddress a = decodeHostIndex(index);
     if (a.block == HostBlock::strip) {
@@ -145,15 +160,15 @@ float hostDefault(int index) {
                 return 0.5f;
             case strip::output:
                 return 0.05f;
-            case 16:  // key high
-            case 19:  // velocity high
+            case strip::keyHigh:
+            case strip::velocityHigh:
                 return 1.0f;
             case strip::coarseTune:
             case strip::fineTune:
-            case 23:  // polyphony
+            case strip::polyphony:
                 return 0.5f;
-            case 26:
-                return 0.7087f;  // level trim
+            case strip::levelTrim:
+                return 0.7087f;
             default:
                 return 0.0f;
         }

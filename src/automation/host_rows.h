@@ -77,14 +77,30 @@ static_assert([] {
 /// Rows that other code names.
 namespace strip {
 inline constexpr int link = 0, mute = 1, level = 2, pan = 3, output = 4, firstSend = 5,
-                     firstKnob = 9, keyLow = 15, velocityLow = 18, polyphony = 23, sendMode = 24,
-                     coarseTune = 21, fineTune = 22, lock = 25, bendUp = 27, bendDown = 28,
-                     monoMode = 29, glideMode = 30, glideTime = 31, tuningBank = 32,
+                     firstKnob = 9, keyLow = 15, keyHigh = 16, keyFade = 17, velocityLow = 18,
+                     velocityHigh = 19, velocityFade = 20, levelTrim = 26, polyphony = 23,
+                     sendMode = 24, coarseTune = 21, fineTune = 22, lock = 25, bendUp = 27,
+                     bendDown = 28, monoMode = 29, glideMode = 30, glideTime = 31, tuningBank = 32,
                      tuningScale = 33, arpeggiatorOn = 39, arpeggiatorRate = 45, named = 48;
 }  // namespace strip
 
+/// What a part's mix, tuning and ranges are when General MIDI starts afresh.
+struct PlainMix {
+    int row;
+    float value;
+};
+inline constexpr PlainMix plainMix[] = {
+    {strip::output, 0.05f},    {strip::pan, 0.5f},         {strip::keyLow, 0.0f},
+    {strip::keyHigh, 1.0f},    {strip::velocityLow, 0.0f}, {strip::velocityHigh, 1.0f},
+    {strip::coarseTune, 0.5f}, {strip::fineTune, 0.5f},    {strip::polyphony, 0.5f},
+};
+
 /// The table row of a parameter.
 const HostRow& hostRow(const HostAddress& address);
+
+/// The host parameter that shows a parameter of a part's patch (element 0 or 65..68) or, with
+/// `part` 16, of the master channel; -1 when none does.
+int hostIndexOf(int part, int element, int index);
 
 /// What a host parameter is before anything sets it.
 float hostDefault(int index);

@@ -5,10 +5,10 @@
 #include <array>
 #include <cstdint>
 
-#include "base/ring.h"
 #include "base/shared.h"
 #include "base/units.h"
 #include "engine/master_tune.h"
+#include "engine/request_queue.h"
 
 namespace stratovane {
 
@@ -16,6 +16,8 @@ class Patch;
 
 /// A program change that waits for the idle call: library location with bit 16 set while it waits.
 inline constexpr std::uint32_t programWaits = 0x10000;
+/// Equals no location, so that a program change that follows is never taken for a repetition.
+inline constexpr std::uint32_t noProgram = 0xFFFF;
 inline constexpr std::int32_t nullParameterNumber = 16383;
 
 /// What registered parameter numbers and mode messages set since the last program change, for the
@@ -62,13 +64,6 @@ struct CombiTable {
     }
 };
 
-/// What loads content is asked for on the audio thread and done by the idle call, in order.
-struct Request {
-    enum class Kind : std::int32_t { loadCombi } kind = Kind::loadCombi;
-    std::int32_t argument = 0;  // a location
-    float value = 0;
-};
-
 /// Threads: as each member says; what two threads use is shared.
 struct MultiSetup {
     std::array<PartSetup, parts> part;
@@ -81,7 +76,7 @@ struct MultiSetup {
     SharedCounter refresh;  // the editor polls it
     Shared<bool> dirty{false};
     Shared<bool> patchLoaded{false};  // asks the host to update its display. UI thread
-    Ring<Request, 256> requests;
+    RequestQueue requests;
 };
 
 }  // namespace stratovane

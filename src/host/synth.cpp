@@ -116,7 +116,7 @@ void Synth::lazyInit(const char* caller) {
         setup.linked = false;
         for (auto& knob : setup.knobs) knob = 0.5f;
     }
-    statusText_ = {};
+    status_.clear();
     trace_.write(TraceLevel::lifecycle, "init ok!");
 }
 

@@ -17,7 +17,10 @@
 #include "engine/transport.h"
 #include "host/midi_echo.h"
 #include "host/program_list.h"
+#include "midi/general_midi.h"
+#include "midi/message_settings.h"
 #include "midi/midi_input.h"
+#include "midi/status_line.h"
 #include "mrx/host_plugin_base.h"
 #include "persistence/chunk_reader.h"
 #include "persistence/chunk_writer.h"
@@ -84,6 +87,13 @@ class Synth : public HostPluginBase, private SetupListener {
     SetupCommands& setupCommands() { return setupCommands_; }
     /// The last step of construction, once the whole object is there.
     void finishConstruction();
+    /// Who follows what is set. Construction.
+    void observeParameters(HostParameterObserver& observer) { parameters_.observe(&observer); }
+    /// The editor's reset: the whole setup as the General MIDI mode starts, or empty with the mode
+    /// off. UI thread.
+    void resetGeneralMidi();
+    /// What the editor's status line says. Any thread.
+    void showStatus(TextOut& out) const { status_.show(out); }
 
   private:
     enum class Output { replace, add };
@@ -110,6 +120,9 @@ class Synth : public HostPluginBase, private SetupListener {
     void drainCommands();
     void loadWaitingPrograms();
     void handleRequests();
+    /// The reset's last steps, which concern what belongs to the whole instrument.
+    void finishReset();
+    void readSettingsAgain();
     bool busy() const;
 
     Trace trace_;
@@ -130,7 +143,10 @@ class Synth : public HostPluginBase, private SetupListener {
     ChunkReader chunkReader_{setup_, patchLoader_};
     LibraryLoader loader_{setup_, patchLoader_, chunkReader_};
     SetupCommands setupCommands_{setup_, chunkWriter_, chunkReader_, patchLoader_, loader_};
-    MidiInput midi_{multi_, settings_, presence_, parameters_, trace_};
+    MessageSettings messages_{multi_, parameters_, shared_, trace_};
+    GeneralMidi generalMidi_{multi_, parameters_, loader_, patchLoader_, messages_};
+    StatusLine status_;
+    MidiInput midi_{multi_, settings_, presence_, messages_, status_, trace_};
     MidiEcho echo_;
     std::unique_ptr<Engine> engine_;
     RenderGate gate_;
@@ -140,7 +156,6 @@ class Synth : public HostPluginBase, private SetupListener {
     // UI thread
     ProgramName programName_{"Stratovane 2"};
     Bytes chunk_;  // the host's until it asks for the next one
-    std::array<char, 256> statusText_{};
     bool lazyInitPending_ = true;
     bool resumesItself_ = false;   // under a host that never asks for it
     bool followsPlayback_ = true;  // the host's inspector can update while it plays

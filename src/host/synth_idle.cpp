@@ -1,10 +1,8 @@
 // The UI thread's idle call: programs, requests, and what the engine leaves to be done.
 
-#include <span>
-
-#include "base/text_out.h"
 #include "engine/engine.h"
 #include "host/synth.h"
+#include "patch/parameter_ids.h"
 #include "persistence/program_word.h"
 #include "persistence/stay.h"
 
@@ -31,14 +29,35 @@ std::int32_t Synth::fxIdle() {
 void Synth::handleRequests() {
     Request request;
     while (multi_.requests.pop(request)) {
-        switch (request.kind) {
-            case Request::Kind::loadCombi:
-                loader_.load(*engine_, parts - 1, request.argument,
-                             LibraryLoader::AskedBy::message);
-                multi_.refresh.bump();
-                break;
-        }
+        generalMidi_.carryOut(*engine_, request);
+        if (request.kind == Request::Kind::resetGeneralMidi) finishReset();
+        multi_.requests.done();
     }
+}
+
+void Synth::resetGeneralMidi() {
+    lazyInit("resetGeneralMidi");
+    if (multi_.generalMidi) GeneralMidi::announceReset(multi_);
+    generalMidi_.reset(*engine_, GeneralMidi::AskedBy::user);
+    finishReset();
+}
+
+void Synth::finishReset() {
+    readSettingsAgain();
+    multi_.refresh.bump();
+    multi_.dirty = true;
+    setProgramName("Stratovane 2");
+    partsChanged();
+}
+
+void Synth::readSettingsAgain() {
+    settings_.read(store_, Settings::Which::withoutContentAndOutputs, followsPlayback_ ? 2 : 1);
+    parameters_.set(0, settings_.masterVolume);
+    engine_->setLift(settings_.lift);
+    parameters_.refreshMasterGain();
+    library_.setPreloadMode(settings_.combiPreload);
+    for (int part = 0; part < parts; ++part)
+        engine_->patch(part).recall(0, global::eco, settings_.memoryUse);
 }
 
 void Synth::loadWaitingPrograms() {
@@ -72,26 +91,26 @@ void Synth::loadWaitingPrograms() {
 }
 
 void Synth::loadProgram(int part, std::int32_t location, bool isDefaultPatch) {
-    TextOut status{statusText_};
-    status.print("MIDI Program Change %d, Bank %d, Channel %d", programOf(location),
-                 bankOf(location), part);
-    PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
+    status_.tellProgramChange(location, part);
     const CombiUse combis = settings_.midiCombis;
     bool wanted = false;
-    if (location >= firstCombi) {
+    const bool isCombi = location >= firstCombi;
+    if (isCombi) {
         wanted = combis == CombiUse::chain || (combis == CombiUse::on && part == parts - 1);
         if (wanted) multi_.combis.current = CombiTable::none;
     } else if (location != 0) {
         wanted = settings_.midiPatches != 0 || isDefaultPatch || multi_.generalMidi;
     }
     if (wanted) loader_.load(*engine_, part, location, LibraryLoader::AskedBy::message);
-    // Played or not, the word now says what the part plays, unless another change came meanwhile.
-    settleProgram(setup);
+    // Not wanted, it is as if it had not come.
+    if (!wanted)
+        settleProgram(multi_.part[static_cast<std::size_t>(part)],
+                      static_cast<std::uint32_t>(location));
 }
 
 bool Synth::busy() const {
     if (lazyInitPending_) return true;
-    if (multi_.programRequests.get() != handledRequests_ || !multi_.requests.empty()) return true;
+    if (multi_.programRequests.get() != handledRequests_ || multi_.requests.waits()) return true;
     return library_.busy() || engine_->busy();
 }
 

@@ -5,13 +5,11 @@ namespace stratovane {
 SynthPlugin::SynthPlugin(HostCallback host)
     : Synth{host}, editor_{std::make_unique<Editor>(editorAccess())} {
     record_.flags |= hasEditor;
+    observeParameters(*this);
     finishConstruction();
 }
 
-void SynthPlugin::setParameter(std::int32_t index, float value) {
-    Synth::setParameter(index, value);
-    editor_->parameterChanged(index);
-}
+void SynthPlugin::hostParameterSet(int index) { editor_->parameterChanged(index); }
 
 void SynthPlugin::setProgram(std::int32_t program) { program_ = program; }
 

@@ -8,12 +8,9 @@
 
 namespace stratovane {
 
-class SynthPlugin final : public Synth {
+class SynthPlugin final : public Synth, private HostParameterObserver {
   public:
     explicit SynthPlugin(HostCallback host);
-
-    /// The editor's control follows the value.
-    void setParameter(std::int32_t index, float value) override;
 
   protected:
     void setProgram(std::int32_t program) override;
@@ -23,6 +20,9 @@ class SynthPlugin final : public Synth {
                                  float number) override;
 
   private:
+    /// The editor's control follows the value, whoever sets it.
+    void hostParameterSet(int index) override;
+
     std::unique_ptr<Editor> editor_;
 };
 

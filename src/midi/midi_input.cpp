@@ -7,6 +7,7 @@
 #include "engine/content_presence.h"
 #include "engine/engine.h"
 #include "engine/multi_setup.h"
+#include "midi/message_settings.h"
 #include "mrx/events.h"
 #include "settings/settings.h"
 
@@ -20,11 +21,12 @@ constexpr std::uint8_t noteOff = 0x80, noteOn = 0x90, keyPressure = 0xA0, contro
 }  // namespace
 
 MidiInput::MidiInput(MultiSetup& multi, const Settings& settings, const ContentPresence& presence,
-                     HostParameters& parameters, Trace& trace)
+                     MessageSettings& messages, StatusLine& status, Trace& trace)
     : multi_{multi},
       settings_{settings},
       presence_{presence},
-      parameters_{parameters},
+      messages_{messages},
+      status_{status},
       trace_{trace} {}
 
 void MidiInput::clear() {
@@ -36,10 +38,13 @@ void MidiInput::process(const EventList* events, Engine& engine) {
     for (std::int32_t i = 0; i < events->count; ++i) {
         const Event* event = events->events[i];
         if (event == nullptr) continue;
-        if (event->type == Event::midi)
+        if (event->type == Event::midi) {
             handle(*reinterpret_cast<const MidiEvent*>(event), engine);
-        else
-            multi_.part[parts - 1].changes.bump();
+            continue;
+        }
+        if (event->type == Event::systemExclusive)
+            systemExclusive(*reinterpret_cast<const SystemExclusiveEvent*>(event), engine);
+        multi_.part[parts - 1].changes.bump();
     }
 }
 
@@ -104,7 +109,7 @@ void MidiInput::controller(int channel, std::int32_t frame, int number, int valu
         add(channel, {frame, static_cast<std::uint8_t>(controlChange | channel),
                       static_cast<std::uint8_t>(number), static_cast<std::uint8_t>(value), 0});
     };
-    if (combiStep(number, value)) return;
+    if (combiStep(number, value, frame)) return;
     switch (number) {
         case 0:
             part.bankSelect = (value << 7) + (bank & 127);
@@ -131,17 +136,17 @@ void MidiInput::controller(int channel, std::int32_t frame, int number, int valu
             return queue();
         case 126:
             part.sets.note(MessageSets::monoMode, value >= 1 ? 1.0f : 0.0f);
-            return setHost(channel, strip::monoMode, value >= 1 ? 1.0f : 0.0f);
+            return setHost(channel, strip::monoMode, value >= 1 ? 1.0f : 0.0f, engine);
         case 127:
             part.sets.note(MessageSets::monoMode, 0.0f);
-            return setHost(channel, strip::monoMode, 0.0f);
+            return setHost(channel, strip::monoMode, 0.0f, engine);
         default:
             return queue();
     }
 }
 
-void MidiInput::setHost(int channel, int row, float value) {
-    parameters_.set(channel * partRows + row, value);
+void MidiInput::setHost(int channel, int row, float value, Engine& engine) {
+    messages_.set(engine, MessageSettings::hostValue(channel * partRows + row, value));
 }
 
 void MidiInput::queue(const Command& command) {

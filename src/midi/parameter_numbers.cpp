@@ -6,8 +6,9 @@
 #include "automation/host_parameters.h"
 #include "content/content_library.h"
 #include "engine/content_presence.h"
-#include "engine/engine.h"
 #include "engine/multi_setup.h"
+#include "midi/general_midi.h"
+#include "midi/message_settings.h"
 #include "midi/midi_input.h"
 #include "settings/settings.h"
 
@@ -98,18 +99,20 @@ void MidiInput::dataEntry(int channel, int value, Engine& engine) {
         if (static_cast<std::size_t>(selected) < std::size(kept))
             multi_.part[static_cast<std::size_t>(channel)].sets.note(kept[selected],
                                                                      mapped(route->mapping, v));
-        setHost(channel, route->row, mapped(route->mapping, v));
-        if (route->secondRow >= 0) setHost(channel, route->secondRow, mapped(route->mapping, v));
+        setHost(channel, route->row, mapped(route->mapping, v), engine);
+        if (route->secondRow >= 0)
+            setHost(channel, route->secondRow, mapped(route->mapping, v), engine);
     }
 }
 
 void MidiInput::setByNumber(int channel, int number, float v, Engine& engine) {
-    if (const Route* route = find(shownByHost, number)) {
-        setHost(channel, route->row, mapped(route->mapping, v));
-        if (route->secondRow >= 0) setHost(channel, route->secondRow, mapped(route->mapping, v));
-    } else {
-        engine.patch(channel).store(number >> 8, number & 255, v);
-    }
+    const Route* route = find(shownByHost, number);
+    if (route == nullptr)
+        return messages_.set(engine,
+                             MessageSettings::patchValue(channel, number >> 8, number & 255, v));
+    setHost(channel, route->row, mapped(route->mapping, v), engine);
+    if (route->secondRow >= 0)
+        setHost(channel, route->secondRow, mapped(route->mapping, v), engine);
     multi_.part[static_cast<std::size_t>(channel)].changes.bump();
 }
 
@@ -125,14 +128,14 @@ void MidiInput::programChange(int channel, int program, std::int32_t frame) {
     }
     std::int32_t location = (bank << 8) + program;
     if (multi_.generalMidi) {
-        constexpr int drumPart = 9, sounds = 78, kits = 79;
+        using namespace generalMidi;
         const int msb = bank >> 7;
         const bool drums = channel == drumPart ? msb != 121 : msb == 120;
         if (drums)
             location = kits << 8 | (presence_.has(kits, program) ? program : 0);
         else
             location = sounds << 8 | program;
-        if (msb == 64 || msb == 126) location = 127 << 8 | 127;
+        if (msb == 64 || msb == 126) location = combi;
     } else if (bank > 127) {
         return;  // names no library bank
     }
@@ -141,29 +144,33 @@ void MidiInput::programChange(int channel, int program, std::int32_t frame) {
 }
 
 void MidiInput::request(int channel, std::int32_t location, std::int32_t frame) {
-    // What was sent before gives way to the patch; what comes behind reaches it. In General MIDI
-    // mode it all belongs to the channel.
-    if (!multi_.generalMidi) {
-        multi_.part[static_cast<std::size_t>(channel)].sets.forget();
-        append(channel, {frame, static_cast<std::uint8_t>(0xC0 | channel), 0, 0, 0});
-    }
     const CombiUse combis = settings_.midiCombis;
     const bool loadsCombi = location >= firstCombi && combis != CombiUse::off &&
                             (channel == parts - 1 || combis == CombiUse::chain) &&
                             presence_.has(location >> 8, location & 255);
-    if (loadsCombi) replaceWaiting();
+    if (loadsCombi)
+        replaceWaiting(frame);
+    else if (!multi_.generalMidi)
+        forgetControllers(channel, frame);
     multi_.part[static_cast<std::size_t>(channel)].pendingProgram.store(
         static_cast<std::uint32_t>(location) | programWaits);
     multi_.programRequests.bump();
 }
 
-void MidiInput::replaceWaiting() {
-    // Equals no location, so that a program change that follows is never taken for a repetition.
-    constexpr std::uint32_t nowhere = 0xFFFF;
-    for (PartSetup& part : multi_.part) part.pendingProgram.store(nowhere);
+void MidiInput::replaceWaiting(std::int32_t frame) {
+    multi_.defaultPatchWanted = false;
+    for (int part = 0; part < parts; ++part) {
+        multi_.part[static_cast<std::size_t>(part)].pendingProgram.store(noProgram);
+        if (!multi_.generalMidi) forgetControllers(part, frame);
+    }
 }
 
-bool MidiInput::combiStep(int number, int value) {
+void MidiInput::forgetControllers(int part, std::int32_t frame) {
+    multi_.part[static_cast<std::size_t>(part)].sets.forget();
+    append(part, {frame, static_cast<std::uint8_t>(0xC0 | part), 0, 0, 0});
+}
+
+bool MidiInput::combiStep(int number, int value, std::int32_t frame) {
     const std::int32_t next = settings_.combiNextController,
                        previous = settings_.combiPreviousController;
     if (number != next && number != previous) return false;
@@ -185,13 +192,14 @@ bool MidiInput::combiStep(int number, int value) {
         const std::int32_t location = combis.at(slot);
         if (location == CombiTable::none) continue;
         combis.current = slot;
+        multi_.refresh.bump();
         multi_.dirty = true;
-        if (presence_.has(location >> 8, location & 255)) {
-            replaceWaiting();
+        if (!presence_.has(location >> 8, location & 255)) return true;
+        if (multi_.requests.hasRoom()) {
+            replaceWaiting(frame);
             multi_.part[parts - 1].bankSelect = location >> 8;
-            if (!multi_.requests.push({Request::Kind::loadCombi, location, 0}))
-                trace_.later(TraceLevel::warning, "request dropped: combi %X", location);
         }
+        messages_.ask({Request::Kind::loadCombi, location, 0});
         return true;
     }
     return true;

@@ -34,7 +34,8 @@ std::int32_t LibraryLoader::step(int part, std::int32_t step) const {
     return inside() ? location : 0;
 }
 
-std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by) {
+std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location, AskedBy by,
+                                 PatchLoader::Mix mix) {
     setup_.trace.write(TraceLevel::patch, "loadPatchFromLibrary(ch%ld, %X)", part + 1, location);
     const Stay stay{setup_.inside};
     const bool forMessage = by == AskedBy::message;
@@ -42,18 +43,20 @@ std::int32_t LibraryLoader::load(Engine& engine, int part, std::int32_t location
         location = step(part, location - again);  // +1 next, -1 previous
         if (location == 0) return 0;
     }
-    const bool loaded = loadEntry(engine, part, location, forMessage);
+    const bool loaded = loadEntry(engine, part, location, forMessage, mix);
+    if (forMessage)
+        settleProgram(setup_.multi.part[static_cast<std::size_t>(part)],
+                      static_cast<std::uint32_t>(location));
     if (forMessage && location >= firstCombi)
-        for (PartSetup& setup : setup_.multi.part) settleProgram(setup);
-    else if (forMessage)
-        settleProgram(setup_.multi.part[static_cast<std::size_t>(part)]);
+        for (PartSetup& setup : setup_.multi.part) settleProgram(setup, noProgram);
     if (!loaded) return 0;
     setup_.multi.refresh.bump();
     setup_.multi.patchLoaded = true;
     return location;
 }
 
-bool LibraryLoader::loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage) {
+bool LibraryLoader::loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage,
+                              PatchLoader::Mix mix) {
     PartSetup& setup = setup_.multi.part[static_cast<std::size_t>(part)];
     const int bank = bankOf(location), program = programOf(location);
     if (!forMessage) setup.bankSelect = bank;
@@ -67,8 +70,9 @@ bool LibraryLoader::loadEntry(Engine& engine, int part, std::int32_t location, b
     const std::int32_t before = setup.location;
     setup.location = location;
     if (isPatch(*entry)) {
-        if (loader_.load(engine, part, ByteView{*entry},
-                         {.libraryBank = bank, .forMessage = forMessage, .name = name})) {
+        if (loader_.load(
+                engine, part, ByteView{*entry},
+                {.libraryBank = bank, .forMessage = forMessage, .mix = mix, .name = name})) {
             if (!forMessage) overrideProgram(setup);
             return true;
         }

@@ -3,13 +3,13 @@
 
 #include <cstdint>
 
+#include "persistence/patch_loader.h"
 #include "persistence/setup_access.h"
 
 namespace stratovane {
 
 class ChunkReader;
 class Engine;
-class PatchLoader;
 
 /// UI thread.
 class LibraryLoader {
@@ -26,12 +26,14 @@ class LibraryLoader {
 
     /// Loads a location (a combi into all parts), or steps from the part's own to the next or
     /// previous program that has a name. Answers the location, 0 when nothing was loaded.
-    std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by);
+    std::int32_t load(Engine& engine, int part, std::int32_t location, AskedBy by,
+                      PatchLoader::Mix mix = PatchLoader::Mix::ofPatch);
 
   private:
     /// The next named program from the part's own on; 0 when there is none.
     std::int32_t step(int part, std::int32_t step) const;
-    bool loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage);
+    bool loadEntry(Engine& engine, int part, std::int32_t location, bool forMessage,
+                   PatchLoader::Mix mix);
 
     SetupAccess setup_;
     PatchLoader& loader_;

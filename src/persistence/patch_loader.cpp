@@ -80,6 +80,9 @@ bool PatchLoader::load(Engine& engine, int part, const PatchRecord& record, cons
     }
     fresh.recall(0, global::eco, settings_.memoryUse);
     settleMixer(part, fresh, source.mode);
+    if (source.mix == Mix::plain)
+        for (const PlainMix& row : plainMix)
+            fresh.recall(0, hostRow({HostBlock::strip, part, 0, row.row}).target, row.value);
     if (source.forMessage) setup.sets.applyTo(fresh);
     engine.adopt(part, std::move(instance),
                  source.forMessage ? Engine::AskedBy::message : Engine::AskedBy::editor);
@@ -106,7 +109,7 @@ void PatchLoader::clear(Engine& engine, int part, bool forMessage) {
 void PatchLoader::noteLocation(int part, std::int32_t location, bool forMessage) {
     PartSetup& setup = multi_.part[static_cast<std::size_t>(part)];
     setup.location = location;
-    forMessage ? settleProgram(setup) : overrideProgram(setup);
+    if (!forMessage) overrideProgram(setup);  // else whoever loads settles it
 }
 
 /// The outgoing patch's values go into the new one before it plays.

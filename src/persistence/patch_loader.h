@@ -33,11 +33,15 @@ class PatchLoader {
         restore,  // a whole bank comes back: everything is taken from the record
     };
     static constexpr int noBank = -1;
+    /// Pan, output, tuning and ranges: as the patch and the part have them, or as General MIDI
+    /// starts with.
+    enum class Mix { ofPatch, plain };
 
     struct Source {
         Mode mode = Mode::load;
         int libraryBank = noBank;
         bool forMessage = false;  // a MIDI message asked for it
+        Mix mix = Mix::ofPatch;
         std::string_view name{};  // replaces the record's name unless empty
     };
 

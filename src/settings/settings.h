@@ -44,8 +44,8 @@ struct Settings {
     bool oneBasedNumbers = false;  // "MIDI Numbering"
     Shared<std::int32_t> combiNextController{-1}, combiPreviousController{-1};
     std::int32_t meterMode = 0;
-    float memoryUse = 0.5f;           // 0 ECO, 0.5 Default, 1 XXL
-    float masterVolume = 0.5005933f;  // parameter value of -6 dB
+    float memoryUse = 0.5f;                  // 0 ECO, 0.5 Default, 1 XXL
+    Shared<float> masterVolume{0.5005933f};  // parameter value of -6 dB
     float lift = 0.33f;
     std::int32_t combiPreload = 0;  // 0 off, 1 next, 2 full
     std::int32_t sceneRoot = 24;

@@ -4,6 +4,8 @@
 
 #include <random>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "engine/command_ring.h"
 #include "engine/engine.h"
@@ -183,6 +185,69 @@ TEST(HostParameters, SetMasterGainLinksAndMutes) {
     EXPECT_EQ(rig.commands.takeOff(), 8u);
     rig.parameters.set(152 * 3 + 1, 0.9f);
     EXPECT_EQ(rig.commands.takeOff(), 0u);
+}
+
+/// What was told of, in order.
+struct Listener : HostParameterObserver {
+    std::vector<int> told;
+    void hostParameterSet(int index) override { told.push_back(index); }
+};
+
+TEST(HostParameters, RefreshWhatTheEditorChanged) {
+    Rig rig;
+    Listener listener;
+    rig.parameters.refreshPart(3);
+    rig.parameters.observe(&listener);
+    rig.parameters.refreshPart(3);
+    EXPECT_TRUE(listener.told.empty());  // nothing differs
+    Patch& patch = rig.engine.patch(3);
+    patch.store(0, 60, 0.9f);   // pan
+    patch.store(0, 103, 0.2f);  // knob 3
+    patch.store(0, 23, 0.1f);   // arpeggio rate, below what the host can say
+    patch.store(0, 20, 0.7f);
+    patch.armLearn();
+    rig.parameters.refreshPart(3);
+    EXPECT_EQ(listener.told,
+              (std::vector<int>{3 * 152 + 3, 3 * 152 + 11, 3 * 152 + 42, 3 * 152 + 45}));
+    EXPECT_EQ(rig.parameters.stored(3 * 152 + 3), 0.9f);
+    EXPECT_EQ(rig.multi.part[3].knobs[2], 0.2f);
+    EXPECT_EQ(patch.get(0, 23), 0.1f);
+    EXPECT_TRUE(patch.learn(30));  // a control that is being learned is not disturbed
+    EXPECT_EQ(patch.storedTarget(30), 20);
+}
+
+TEST(HostParameters, RefreshEffects) {
+    Rig rig;
+    Listener listener;
+    rig.parameters.observe(&listener);
+    rig.engine.master().store(67, 27, 0.29f);
+    rig.engine.patch(2).store(68, 140, 0.11f);
+    rig.parameters.refreshMaster(2);
+    rig.parameters.refreshInsert(2, 3);
+    EXPECT_EQ(rig.parameters.get(2432 + 48 + 3), 0.29f);
+    EXPECT_EQ(rig.parameters.get(2 * 152 + 56 + 72 + 19), 0.11f);
+    ASSERT_EQ(listener.told.size(), 48u);
+    EXPECT_EQ(listener.told.front(), 2432 + 48);
+    EXPECT_EQ(listener.told.back(), 2 * 152 + 151);
+}
+
+TEST(HostParameters, FindTheirPlaceBack) {
+    for (int index = 0; index < hostParameters; ++index) {
+        const HostAddress a = decodeHostIndex(index);
+        if (hostRow(a).target < 0) continue;
+        const bool master = a.block == HostBlock::master;
+        const int element = a.block == HostBlock::strip ? 0 : 65 + a.slot;
+        EXPECT_EQ(hostIndexOf(master ? parts : a.part, element, hostRow(a).target), index);
+    }
+    for (const auto& [part, element, index] : {std::tuple{0, 0, 99},
+                                               {0, 1, 139},
+                                               {16, 0, 60},
+                                               {17, 65, 0},
+                                               {-1, 0, 60},
+                                               {0, 69, 0},
+                                               {0, 65, 19},
+                                               {0, 0, -1}})
+        EXPECT_EQ(hostIndexOf(part, element, index), -1) << part << " " << element << " " << index;
 }
 
 }  // namespace

@@ -51,7 +51,10 @@ TestHost::~TestHost() {
 std::intptr_t TestHost::callback(EffectRecord*, std::int32_t opcode, std::int32_t, std::intptr_t,
                                  void* pointer, float) {
     TestHost& host = *current_;
-    host.requests.push_back(opcode);
+    {
+        const std::lock_guard lock{host.requestsMutex_};
+        host.requests.push_back(opcode);
+    }
     switch (static_cast<HostRequest>(opcode)) {
         case HostRequest::version:
             return host.identity_.answers ? 2300 : 0;
@@ -116,6 +119,19 @@ void TestHost::midi(std::vector<MidiEvent> events) const {
     for (std::size_t i = 0; i < events.size(); ++i)
         memory[i + 1] = reinterpret_cast<std::intptr_t>(&events[i]);
     EXPECT_EQ(ask(Opcode::processEvents, 0, 0, list), 1);
+}
+
+void TestHost::exclusive(std::vector<std::uint8_t> bytes, std::int32_t frame) const {
+    bytes.insert(bytes.begin(), 0xF0);
+    bytes.push_back(0xF7);
+    SystemExclusiveEvent event;
+    event.head.frame = frame;
+    event.dump = bytes.data();
+    event.dumpLength = static_cast<std::int32_t>(bytes.size());
+    EventList list;
+    list.count = 1;
+    list.events[0] = &event.head;
+    EXPECT_EQ(ask(Opcode::processEvents, 0, 0, &list), 1);
 }
 
 void TestHost::render(std::int32_t frames) {

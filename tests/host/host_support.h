@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ class TestHost {
     EffectRecord* record = nullptr;
     TimeInfo time;
     bool givesTime = true;
-    std::vector<std::int32_t> requests;             // opcodes the plug-in sent, in order
+    std::vector<std::int32_t> requests;  // opcodes the plug-in sent, in order, from either thread
     std::vector<std::vector<std::uint8_t>> echoed;  // three bytes each
     std::vector<std::vector<float>> outputs;
 
@@ -44,6 +45,8 @@ class TestHost {
     /// Blocks of no frames and idle calls until the plug-in has nothing left to load.
     void settle();
     void midi(std::vector<MidiEvent> events) const;
+    /// A whole message of the bytes between 0xF0 and 0xF7.
+    void exclusive(std::vector<std::uint8_t> bytes, std::int32_t frame = 0) const;
     void render(std::int32_t frames);
     float peak(std::size_t output) const;
     void set(std::int32_t index, float value) const { record->setParameter(record, index, value); }
@@ -58,6 +61,7 @@ class TestHost {
     Identity identity_;
     std::string settingsPath_;
     void* library_ = nullptr;
+    mutable std::mutex requestsMutex_;
     static TestHost* current_;
 };
 

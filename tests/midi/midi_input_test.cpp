@@ -1,69 +1,13 @@
-#include "midi/midi_input.h"
-
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
-#include "automation/host_parameters.h"
-#include "base/text_out.h"
-#include "engine/command_ring.h"
-#include "engine/content_presence.h"
-#include "engine/engine.h"
-#include "engine/multi_setup.h"
-#include "mrx/events.h"
-#include "settings/settings.h"
+#include "midi/midi_rig.h"
 
 namespace stratovane {
 namespace {
 
-struct Rig {
-    EngineShared shared;
-    Trace trace;
-    MultiSetup multi;
-    CommandRing commands;
-    Settings settings;
-    ContentPresence presence;
-    HostParameters parameters{shared, multi, commands};
-    Engine engine{shared, trace, 4};
-    MidiInput midi{multi, settings, presence, parameters, trace};
-
-    Rig() {
-        parameters.attach(engine);
-        makeVelocityCurve(0.5f, settings.velocityCurve);
-        makeTouchCurve(1.0f, settings.touchCurve);
-    }
-    void send(int status, int d1, int d2 = 0, std::int32_t frame = 0, std::int8_t detune = 0) {
-        MidiEvent event;
-        event.head.frame = frame;
-        event.bytes[0] = static_cast<std::uint8_t>(status);
-        event.bytes[1] = static_cast<std::uint8_t>(d1);
-        event.bytes[2] = static_cast<std::uint8_t>(d2);
-        event.detuneCents = detune;
-        EventList list;
-        list.count = 1;
-        list.events[0] = &event.head;
-        midi.process(&list, engine);
-    }
-    void controllers(std::initializer_list<std::pair<int, int>> list, int channel = 0) {
-        for (const auto& [number, value] : list) send(0xB0 | channel, number, value);
-    }
-    /// What was queued for a part, as "frame:status d1 d2 extra", and forgets it all.
-    std::string take(int part) {
-        std::string all;
-        for (const EventRecord& e : midi.lists()[static_cast<std::size_t>(part)]) {
-            char text[64];
-            TextOut out{text};
-            out.print("%d:%X %d %d %d", e.frame, e.status, e.data1, e.data2, e.extra);
-            all += (all.empty() ? "" : ", ") + std::string{out.view()};
-        }
-        midi.clear();
-        return all;
-    }
-    std::uint32_t pending(int part) const {
-        return multi.part[static_cast<std::size_t>(part)].pendingProgram.get();
-    }
-};
+using Rig = MidiRig;
 
 TEST(MidiInput, QueuesChannelMessages) {
     struct Case {
@@ -260,8 +204,8 @@ TEST(MidiInput, StepsThroughCombis) {
             EXPECT_EQ(rig.multi.combis.current.get(), c.current[i]) << c.what << " " << i;
         }
         // Only what the library has is asked for.
-        Request request;
-        while (rig.multi.requests.pop(request)) EXPECT_EQ(request.argument, 30730) << c.what;
+        for (const Request& request : rig.takeRequests())
+            EXPECT_EQ(request.argument, 30730) << c.what;
     }
 }
 
