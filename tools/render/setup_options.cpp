@@ -69,7 +69,7 @@ Fault understandSavedPresets(const SetupTexts& texts, Options& options) {
     for (const auto& [part, path] : texts.savePresets) {
         if (part < 1 || part > partCount)
             return "--save-preset takes a part from 1 to 16, not " + std::to_string(part);
-        if (path.empty()) return "--save-preset needs a part and a file";
+        if (path.empty() || path.front() == '-') return "--save-preset needs a part and a file";
         options.savePresets.push_back({part - 1, path});
     }
     return {};
