@@ -54,12 +54,14 @@ Origin originOf(PluginHost& plugIn, int channel) {
     return {true, program};
 }
 
-Program programOf(PluginHost& plugIn, int part) {
+std::optional<Program> programOf(PluginHost& plugIn, int part) {
     if (const Origin origin = originOf(plugIn, part); origin.program)
-        return {recordName({origin.program->name, sizeof origin.program->name}),
-                origin.program->bankLsb, origin.program->program};
+        return Program{recordName({origin.program->name, sizeof origin.program->name}),
+                       origin.program->bankLsb, origin.program->program};
     plugIn.selectPart(part);
-    return {presetName(plugIn.getChunk(true)), {}, 0};
+    const Bytes preset = plugIn.getChunk(true);
+    if (preset.empty()) return {};
+    return Program{presetName(preset), {}, 0};
 }
 
 std::string presetName(ByteView chunk) {

@@ -38,8 +38,8 @@ struct Origin {
 };
 Origin originOf(PluginHost& plugIn, int channel);
 
-/// What a part (0..15) plays; selects that part.
-Program programOf(PluginHost& plugIn, int part);
+/// What a part (0..15) plays; nothing for a part without a patch. Selects that part.
+std::optional<Program> programOf(PluginHost& plugIn, int part);
 
 /// The patch name in a preset chunk, UTF-8.
 std::string presetName(ByteView chunk);

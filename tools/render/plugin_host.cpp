@@ -184,11 +184,6 @@ Bytes PluginHost::getChunk(bool preset) {
     return {bytes, bytes + size};
 }
 
-bool PluginHost::hasPatch(int part) {
-    constexpr std::int32_t partParameters = 152, level = 2;
-    return record_->getParameter(record_, part * partParameters + level) > 0.0f;
-}
-
 int PluginHost::highestVoices() {
     return static_cast<int>(request(Opcode::vendorSpecific, fourCharacters("voic")));
 }

@@ -60,8 +60,6 @@ class PluginHost {
     void idle();
     /// Idle calls until nothing waits to be loaded.
     void settle();
-    /// Whether a part (0..15) has a patch that can be heard: an empty one has the level 0.
-    bool hasPatch(int part);
     /// The highest number of voices since last asked; 0 when the plug-in does not tell.
     int highestVoices();
     /// Whether the plug-in never got ready, although it had a minute.

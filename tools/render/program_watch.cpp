@@ -47,14 +47,12 @@ void ProgramWatch::exclusive(std::span<const std::uint8_t> message) {
 void ProgramWatch::noteOn(int part) {
     const auto at = static_cast<std::size_t>(part);
     if (!std::exchange(known_[at], true)) {
-        if (plugIn_.hasPatch(part)) {
-            const Program program = programOf(plugIn_, part);
-            auto& plays = plays_[at];
-            if (std::find(plays.begin(), plays.end(), program) == plays.end())
-                plays.push_back(program);
-        } else {
+        auto& plays = plays_[at];
+        const auto program = programOf(plugIn_, part);
+        if (!program)
             silent_[at] = true;
-        }
+        else if (std::find(plays.begin(), plays.end(), *program) == plays.end())
+            plays.push_back(*program);
     }
     // A linked part gets the same notes.
     if (part + 1 < parts && plugIn_.parameter((part + 1) * partParameters + link) > 0.5f)
