@@ -41,6 +41,15 @@ bool offersBank(PluginHost& plugIn, int bank) {
                        [bank](const MidiProgramName& program) { return program.bankLsb == bank; });
 }
 
+bool isSetup(PluginHost& plugIn, int bank, int program) {
+    constexpr std::size_t longestName = 31;  // of a setup; a program's may be longer
+    const std::string name = plugIn.text(Opcode::getProgramName);
+    auto offered = offeredName(plugIn, bank, program);
+    if (!offered) return false;
+    offered->erase(0, offered->find_first_not_of(' '));
+    return *offered == name || (name.size() >= longestName && offered->starts_with(name));
+}
+
 Origin originOf(PluginHost& plugIn, int channel) {
     MidiProgramName program{};
     const std::intptr_t index = plugIn.request(Opcode::getCurrentMidiProgram, channel, 0, &program);

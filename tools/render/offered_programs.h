@@ -27,6 +27,8 @@ std::vector<MidiProgramName> offeredPrograms(PluginHost& plugIn);
 /// The name of a program that is offered.
 std::optional<std::string> offeredName(PluginHost& plugIn, int bank, int program);
 bool offersBank(PluginHost& plugIn, int bank);
+/// Whether the whole setup is named after a program that is offered: then it is that combi.
+bool isSetup(PluginHost& plugIn, int bank, int program);
 
 /// Where the patch of a channel (0..15) came from.
 struct Origin {

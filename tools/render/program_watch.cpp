@@ -81,9 +81,8 @@ bool ProgramWatch::found(const Change& change) {
     // The standard kit stands for one that is not there.
     if (generalMidi_ && bank == drumBank && origin.is(drumBank, 0)) return true;
     // A combi brings patches from anywhere, and its name for the whole setup.
-    const std::string name = plugIn_.text(Opcode::getProgramName);
-    return name != change.setupName ||
-           (bank >= firstCombiBank && offeredName(plugIn_, bank, program) == name);
+    return plugIn_.text(Opcode::getProgramName) != change.setupName ||
+           (bank >= firstCombiBank && isSetup(plugIn_, bank, program));
 }
 
 void ProgramWatch::report(Summary& summary) const {

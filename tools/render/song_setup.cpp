@@ -77,10 +77,10 @@ std::optional<Failure> checkPatch(PluginHost& plugIn, const PatchChoice& patch) 
     const Origin origin = originOf(plugIn, patch.part);
     if (!origin.told)
         return refuse("the plug-in tells no programs; it does with --set \"MIDI Patches=ON\"");
-    const auto offered = offeredName(plugIn, patch.bank, patch.program);
-    if (!offered) return refuse("there is no such program (--list-programs lists them)");
+    if (!offeredName(plugIn, patch.bank, patch.program))
+        return refuse("there is no such program (--list-programs lists them)");
     if (patch.isCombi()) {
-        if (plugIn.text(Opcode::getProgramName) == *offered) return {};
+        if (isSetup(plugIn, patch.bank, patch.program)) return {};
         return refuse(
             "the combi was not loaded; part 16 takes combis, with --set \"MIDI "
             "Combis=Chain\" every part does");
