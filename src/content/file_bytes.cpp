@@ -8,6 +8,22 @@
 
 namespace stratovane {
 
+namespace {
+
+/// A name beside the target that nobody has; empty when a hundred are taken.
+std::string freeName(const std::string& target) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::string name = target + '.' + std::to_string(attempt) + ".tmp";
+        std::error_code failed;
+        if (std::filesystem::symlink_status(name, failed).type() ==
+            std::filesystem::file_type::not_found)
+            return name;
+    }
+    return {};
+}
+
+}  // namespace
+
 std::optional<std::uint64_t> fileSize(const std::string& path) {
     std::error_code failed;
     const std::uintmax_t size = std::filesystem::file_size(path, failed);
@@ -51,10 +67,9 @@ bool replaceFile(const std::string& path, ByteView bytes) {
     // A link stays a link: what it leads to is replaced.
     std::filesystem::path target = std::filesystem::canonical(path, failed);
     if (failed) target = path;
-    std::filesystem::path beside;
-    for (int attempt = 0; beside.empty() || std::filesystem::exists(beside, failed); ++attempt)
-        beside = target.string() + '.' + std::to_string(attempt) + ".tmp";
-    bool written = writeFile(beside.string(), bytes);
+    const std::string beside = freeName(target.string());
+    if (beside.empty()) return false;
+    bool written = writeFile(beside, bytes);
     if (written) {
         std::filesystem::rename(beside, target, failed);
         written = !failed;

@@ -15,13 +15,11 @@ Patch* EditorAccess::patch(int part) const {
 
 void EditorAccess::tellChange(int part, int element) const {
     if (isPart(part)) multi.part[static_cast<std::size_t>(part)].changes.bump();
-    multi.refresh = multi.refresh + 1;
+    multi.refresh.bump();
     multi.dirty = true;
     if (element < firstSendSlot) return;
     const int slot = element - firstSendSlot;
-    if (!isPart(part)) return parameters.rememberMaster(slot);
-    for (int row = 0; row < effectRows; ++row)
-        parameters.rememberInsert({HostBlock::insert, part, slot, row});
+    isPart(part) ? parameters.refreshInsert(part, slot) : parameters.refreshMaster(slot);
 }
 
 }  // namespace stratovane

@@ -6,6 +6,7 @@
 #include "base/text_out.h"
 #include "effects/catalogue.h"
 #include "engine/engine.h"
+#include "host/arpeggiator_request.h"
 #include "host/synth.h"
 #include "patch/parameter_ids.h"
 #include "platform/platform.h"
@@ -174,6 +175,10 @@ std::intptr_t Synth::vendorSpecific(std::int32_t index, std::intptr_t value, voi
         case fourCharacters("fxad"):
             if (pointer == nullptr || value < 0 || value >= parts) return 0;
             return addEffect(static_cast<int>(value), *static_cast<const EffectToAdd*>(pointer));
+        case arpeggiatorRequest:
+            lazyInit("arpeggiatorRequest");
+            return answerArpeggiatorRequest(engine_->arpeggiatorLog(), value,
+                                            static_cast<ArpeggiatorTake*>(pointer));
         case fourCharacters("part"): {
             const std::int32_t before = selectedPart_;
             if (value >= 0 && value < parts) selectedPart_ = static_cast<std::int32_t>(value);

@@ -86,7 +86,7 @@ TEST_F(EditorCommands, MoveElementsAndTellSo) {
     grow(3);
     elements.copy(0, 3);
     lines.clear();
-    const std::int32_t refresh = multi.refresh;
+    const std::int32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     EXPECT_TRUE(elements.paste(0, 1, Paste::insert));
     EXPECT_NE(&patch(), before);  // what sounds keeps its elements
@@ -99,7 +99,7 @@ TEST_F(EditorCommands, MoveElementsAndTellSo) {
     EXPECT_EQ(order(), "E3 E2 E3 ");
     EXPECT_TRUE(elements.init(0, 3, 4));
     EXPECT_EQ(order(), "E3 E2 FM ");
-    EXPECT_EQ(multi.refresh, refresh + 4);
+    EXPECT_EQ(multi.refresh.get(), refresh + 4);
     EXPECT_TRUE(multi.dirty);
     EXPECT_EQ(lines, (std::vector<std::string>{
                          "SV2 insert patch 0 element 1\n", "SV2 paste patch 0 element 2\n",
@@ -119,7 +119,7 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     grow(2);
     elements.copy(0, 1);
     const std::uint32_t changes = patch().changes(), masterChanges = engine->master().changes();
-    const std::int32_t refresh = multi.refresh;
+    const std::int32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     for (const int element : {-1, 3, 64, 69, 300}) {
         EXPECT_FALSE(elements.copy(0, element)) << element;
@@ -147,7 +147,7 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     EXPECT_EQ(&patch(), before);
     EXPECT_EQ(engine->master().changes(), masterChanges);
     EXPECT_EQ(patch().changes(), changes + 80);
-    EXPECT_EQ(multi.refresh, refresh + 1);
+    EXPECT_EQ(multi.refresh.get(), refresh + 1);
 
     std::unique_ptr<Engine> none;
     Editor early{EditorAccess{none, parameters, multi, settings, trace}};

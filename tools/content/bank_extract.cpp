@@ -15,7 +15,7 @@
 #include "json_node.h"
 #include "output_file.h"
 #include "sound.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

@@ -12,7 +12,7 @@
 #include "content/tuning_table.h"
 #include "patch_info.h"
 #include "sound.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

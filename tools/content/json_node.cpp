@@ -7,7 +7,7 @@
 
 #include "content/file_bytes.h"
 #include "failure.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

@@ -9,7 +9,7 @@
 #include "content/tuning_table.h"
 #include "output_file.h"
 #include "scala.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

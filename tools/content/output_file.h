@@ -4,26 +4,23 @@
 #include <string>
 
 #include "content/bytes.h"
+#include "shared/new_file.h"
 
 namespace stratovane::content_tool {
 
-/// A name beside `target` under which a file can be written first; an empty file of that name is
-/// made. Without `keep`, the file goes with the object.
+/// A new file whose failures are thrown.
 class TemporaryFile {
   public:
     explicit TemporaryFile(const std::string& target);
-    ~TemporaryFile();
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    const std::string& path() const { return path_; }
-    int descriptor() const { return descriptor_; }
+    const std::string& path() const { return file_.path(); }
+    int descriptor() const { return file_.descriptor(); }
+    void write(ByteView bytes);
     /// Puts the file in the place of the target.
     void keep();
 
   private:
-    std::string target_, path_;
-    int descriptor_ = -1;
+    NewFile file_;
 };
 
 void writeWhole(const std::string& path, ByteView bytes);

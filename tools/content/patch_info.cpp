@@ -7,7 +7,7 @@
 #include "patch/element_rows.h"
 #include "patch/record_parser.h"
 #include "patch_check.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

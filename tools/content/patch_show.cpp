@@ -10,7 +10,7 @@
 #include "patch/record_reader.h"
 #include "patch/scene_table.h"
 #include "patch_json.h"
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 namespace stratovane::content_tool {
 

@@ -33,11 +33,11 @@ Block BlockPlan::next() {
 TimeInfo BlockPlan::timeAt(const Block& block) const {
     const Transport& transport = song_.transport[transport_];
     const MidiTempoMap::Stretch& stretch = transport.stretch;
-    const double secondsInside = static_cast<double>(block.start) / song_.rate - stretch.seconds;
     const double bar = stretch.signature.quartersPerBar();
     TimeInfo time;
     time.tempo = stretch.tempo;
-    time.musicalPosition = std::max(0.0, stretch.beats + secondsInside * stretch.tempo / 60);
+    time.musicalPosition =
+        std::max(0.0, transport.beatsAt(static_cast<double>(block.start) / song_.rate));
     const double bars = (time.musicalPosition - stretch.signatureBeats) / bar;
     time.barStart = stretch.signatureBeats + std::max(0.0, std::floor(bars + 1e-9)) * bar;
     time.timeSignatureNumerator = stretch.signature.numerator;

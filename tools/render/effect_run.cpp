@@ -90,7 +90,8 @@ std::optional<Failure> play(SoundInput& input, const Options& options, Take& tak
 std::variant<Summary, Failure> runEffects(const Options& options) {
     SoundInput input;
     if (auto failure = input.open(options.input)) return *failure;
-    Recording recording{options};
+    Summary summary;
+    Recording recording{options, options.output, summary};
     Take& take = recording.take();
     if (auto failure =
             recording.open(input.rate(), 2, input.frames() + tailFrames(options, input.rate())))
@@ -100,7 +101,6 @@ std::variant<Summary, Failure> runEffects(const Options& options) {
     std::int64_t inputFrames = 0;
     if (auto failure = play(input, options, take, inputFrames)) return *failure;
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begun;
-    Summary& summary = recording.summary();
     summary.fromSong = false;
     summary.inputSeconds = static_cast<double>(inputFrames) / input.rate();
     summary.invalidSamples = input.invalidSamples();
@@ -112,7 +112,8 @@ std::variant<Summary, Failure> runEffects(const Options& options) {
         if (auto failure = recording.findAudibleFrames(quietest, audible)) return *failure;
         take.cutTo(std::max(audible, inputFrames));
     }
-    if (auto failure = recording.finish()) return *failure;
+    if (auto failure = recording.write()) return *failure;
+    if (auto failure = recording.commit()) return *failure;
     return summary;
 }
 

@@ -9,10 +9,12 @@
 #include "interrupt.h"
 #include "midi_song.h"
 #include "options.h"
+#include "parameters.h"
 #include "plugin_host.h"
 #include "private_settings.h"
 #include "program_list.h"
 #include "renderer.h"
+#include "song_setup.h"
 
 namespace {
 
@@ -21,28 +23,41 @@ using namespace stratovane::render;
 using Result = std::variant<Summary, Failure>;
 
 Result runSong(const Options& options) {
-    // The song first: a damaged one needs no plug-in to be told.
-    auto song = readSong(options.input, options.sampleRate, options.channel);
+    // The files first: a damaged one needs no plug-in to be told.
+    auto song =
+        readSong(options.input, options.sampleRate, {options.channel, options.leavesOutPrograms()});
     if (auto* failure = std::get_if<Failure>(&song)) return *failure;
+    auto files = readSetupFiles(options);
+    if (auto* failure = std::get_if<Failure>(&files)) return *failure;
     PrivateSettings settings;
     if (auto failure = settings.make(options.userSettings, options.settings)) return *failure;
     PluginHost plugIn;
     if (auto failure = plugIn.load(options.plugIn)) return *failure;
-    return renderSong(plugIn, std::get<Song>(song), options);
+    return renderSong(plugIn, std::get<Song>(song), std::get<SetupFiles>(files), options);
 }
 
-Failure listPrograms(const Options& options) {
+Failure listPlugIn(const Options& options) {
+    auto files = readSetupFiles(options);
+    if (auto* failure = std::get_if<Failure>(&files)) return *failure;
     PrivateSettings settings;
     if (auto failure = settings.make(options.userSettings, options.settings)) return *failure;
     PluginHost plugIn;
     if (auto failure = plugIn.load(options.plugIn)) return *failure;
     plugIn.start(options.sampleRate, options.blockFrames);
-    std::cout << programList(plugIn);
+    if (options.listPrograms) {
+        std::cout << programList(plugIn);
+        return {Exit::ok, {}};
+    }
+    ProgramWatch watch{plugIn};
+    if (auto failure = setUp(plugIn, options, std::get<SetupFiles>(files),
+                             options.generalMidi == GeneralMidi::on, watch))
+        return *failure;
+    std::cout << parameterList(plugIn);
     return {Exit::ok, {}};
 }
 
 Failure run(const Options& options) {
-    if (options.listPrograms) return listPrograms(options);
+    if (options.listPrograms || options.listParameters) return listPlugIn(options);
     if (options.listEffects) {
         std::cout << effectList();
         return {Exit::ok, {}};

@@ -1,5 +1,6 @@
 #include "midi_song.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -16,9 +17,17 @@ constexpr double longestSongSeconds = 24 * 3600;
 constexpr int drumChannel = 9;
 constexpr std::uint8_t noteOff = 0x80, noteOn = 0x90, controller = 0xB0, programChange = 0xC0;
 constexpr std::uint8_t bankMsb = 0, bankLsb = 32, volume = 7;
+constexpr std::uint8_t sustain = 64, sostenuto = 66, allNotesOff = 123;
 
 Failure input(const std::string& path, const std::string& sentence) {
     return {Exit::input, path + ": " + sentence};
+}
+
+/// Whether a message says which patch plays.
+bool choosesProgram(const std::array<std::uint8_t, 3>& bytes) {
+    const std::uint8_t command = bytes[0] & 0xF0;
+    return command == programChange ||
+           (command == controller && (bytes[1] == bankMsb || bytes[1] == bankLsb));
 }
 
 /// Folds all channels into one. A note that several channels hold ends with the last of them.
@@ -33,11 +42,9 @@ class OneChannel {
         if (from == drumChannel) return false;
         bytes[0] = static_cast<std::uint8_t>(command | channel_);
         if (command == noteOn || command == noteOff) return acceptNote(bytes, from);
-        if (from != channel_ || command == programChange) return false;
         // Its volume belongs to the mix of a song whose channels are played apart; turned up for
         // one melody it would overdrive all of them.
-        return command != controller ||
-               (bytes[1] != bankMsb && bytes[1] != bankLsb && bytes[1] != volume);
+        return from == channel_ && (command != controller || bytes[1] != volume);
     }
 
   private:
@@ -72,7 +79,19 @@ void appendEscape(const MidiFileEvent& event, std::vector<std::array<std::uint8_
     }
 }
 
-Song arrange(const MidiFile& file, int rate, std::optional<int> channel) {
+void appendEnding(Song& song) {
+    std::array<bool, 16> used{};
+    for (const SongEvent& event : song.events)
+        if (event.exclusive.empty()) used[static_cast<std::size_t>(event.channel())] = true;
+    for (std::uint8_t channel = 0; channel < 16; ++channel) {
+        if (!used[channel]) continue;
+        const auto status = static_cast<std::uint8_t>(controller | channel);
+        for (const std::uint8_t number : {sustain, sostenuto, allNotesOff})
+            song.events.push_back({song.frames, {status, number, 0}, {}});
+    }
+}
+
+Song arrange(const MidiFile& file, int rate, const SongFilter& filter) {
     const MidiTempoMap map{file};
     const auto frameAt = [rate](double seconds) { return std::llround(seconds * rate); };
     Song song;
@@ -82,7 +101,7 @@ Song arrange(const MidiFile& file, int rate, std::optional<int> channel) {
         song.transport.push_back({frameAt(stretch.seconds), stretch});
 
     std::optional<OneChannel> fold;
-    if (channel) fold.emplace(*channel);
+    if (filter.channel) fold.emplace(*filter.channel);
     std::vector<std::array<std::uint8_t, 3>> messages;
     for (const MidiFileEvent* event : mergeTracks(file)) {
         const std::int64_t frame = frameAt(map.seconds(event->tick));
@@ -91,7 +110,10 @@ Song arrange(const MidiFile& file, int rate, std::optional<int> channel) {
             (event->status == MidiFileEvent::exclusive || event->status == MidiFileEvent::escape) &&
             event->bytes[0] == MidiFileEvent::exclusive;
         if (exclusive) {
-            if (!fold) song.events.push_back({frame, {}, event->bytes});
+            const bool chooses =
+                fold || generalMidiMessage(event->bytes) != GeneralMidiMessage::none;
+            if (!filter.leaveOutPrograms || !chooses)
+                song.events.push_back({frame, {}, event->bytes});
             continue;
         }
         messages.clear();
@@ -99,16 +121,47 @@ Song arrange(const MidiFile& file, int rate, std::optional<int> channel) {
             messages.push_back({event->status, event->data1, event->data2});
         else if (event->status == MidiFileEvent::escape)
             appendEscape(*event, messages);
-        for (auto& bytes : messages)
+        for (auto& bytes : messages) {
+            if (filter.leaveOutPrograms && choosesProgram(bytes)) continue;
             if (!fold || fold->accept(bytes)) song.events.push_back({frame, bytes, {}});
+        }
     }
+    appendEnding(song);
     return song;
 }
 
 }  // namespace
 
-std::variant<Song, Failure> readSong(const std::string& path, int rate,
-                                     std::optional<int> channel) {
+GeneralMidiMessage generalMidiMessage(std::span<const std::uint8_t> exclusive) {
+    constexpr std::array<std::uint8_t, 4> toAll{0xF0, 0x7E, 0x7F, 0x09};
+    if (exclusive.size() <= toAll.size() ||
+        !std::equal(toAll.begin(), toAll.end(), exclusive.begin()))
+        return GeneralMidiMessage::none;
+    switch (exclusive[toAll.size()]) {
+        case 1:
+        case 3:  // level 2
+            return GeneralMidiMessage::on;
+        case 2:
+            return GeneralMidiMessage::off;
+        default:
+            return GeneralMidiMessage::none;
+    }
+}
+
+bool Song::resets() const {
+    return std::any_of(events.begin(), events.end(), [](const SongEvent& event) {
+        return generalMidiMessage(event.exclusive) != GeneralMidiMessage::none;
+    });
+}
+
+double Song::beatsAt(std::int64_t frame) const {
+    const auto behind =
+        std::find_if(transport.begin() + 1, transport.end(),
+                     [frame](const Transport& change) { return change.frame > frame; });
+    return std::prev(behind)->beatsAt(static_cast<double>(frame) / rate);
+}
+
+std::variant<Song, Failure> readSong(const std::string& path, int rate, const SongFilter& filter) {
     std::error_code error;
     if (!fs::exists(path, error)) return input(path, "there is no such file");
     if (!fs::is_regular_file(path, error)) return input(path, "this is no file");
@@ -125,7 +178,7 @@ std::variant<Song, Failure> readSong(const std::string& path, int rate,
                                file.fault->sentence);
     if (MidiTempoMap{file}.seconds(file.endTick()) > longestSongSeconds)
         return input(path, "the song lasts longer than a day");
-    return arrange(file, rate, channel);
+    return arrange(file, rate, filter);
 }
 
 }  // namespace stratovane::render

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -23,10 +24,18 @@ struct SongEvent {
     int channel() const { return bytes[0] & 15; }
 };
 
+/// What a message to all devices asks of General MIDI mode.
+enum class GeneralMidiMessage { none, on, off };
+GeneralMidiMessage generalMidiMessage(std::span<const std::uint8_t> exclusive);
+
 /// Tempo and bars from a frame on.
 struct Transport {
     std::int64_t frame = 0;
     MidiTempoMap::Stretch stretch;
+    /// Quarter notes at a time of the song.
+    double beatsAt(double seconds) const {
+        return stretch.beats + (seconds - stretch.seconds) * stretch.tempo / 60;
+    }
 };
 
 struct Song {
@@ -34,11 +43,24 @@ struct Song {
     std::vector<Transport> transport;  // the first at frame 0
     std::int64_t frames = 0;           // up to the last end mark
     int rate = 44100;
+
+    /// Whether it switches General MIDI on or off itself.
+    bool resets() const;
+    double beatsAt(std::int64_t frame) const;
 };
 
-/// Reads and checks the file. With a `channel` (0..15) the notes of all channels but the drum one
-/// play there and only that channel's controllers; program and bank changes and system-exclusive
-/// messages, which could load another patch, are left out.
-std::variant<Song, Failure> readSong(const std::string& path, int rate, std::optional<int> channel);
+/// What of a file is played.
+struct SongFilter {
+    /// The notes of all channels but the drum one play on this one (0..15), with its own
+    /// controllers alone.
+    std::optional<int> channel;
+    /// Without program changes, bank selects and General MIDI messages; with a channel without any
+    /// system-exclusive message, which could load another patch.
+    bool leaveOutPrograms = false;
+};
+
+/// Reads and checks the file. At its end every channel used gets its pedals lifted and its notes
+/// ended, latched ones included.
+std::variant<Song, Failure> readSong(const std::string& path, int rate, const SongFilter& filter);
 
 }  // namespace stratovane::render

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "numbers.h"
+#include "setup_options.h"
 #include "sound_input.h"
 
 namespace stratovane::render {
@@ -52,6 +53,7 @@ struct Texts {
     std::string format, tail, outputPair = "1";
     std::vector<std::string> settings, effects;
     int channel = 0;
+    SetupTexts setup;
 };
 
 std::optional<std::string> understandTail(const std::string& text, Options& options) {
@@ -129,21 +131,21 @@ std::optional<std::string> understandEffects(const std::vector<std::string>& tex
 
 std::optional<std::string> understandFiles(const Options& options) {
     if (options.input.empty()) return "which song? stratovane-render SONG.mid -o OUT.wav";
-    if (options.output.empty())
+    const bool writesElse = !options.multi.empty() || !options.events.empty() ||
+                            !options.saveBank.empty() || !options.savePresets.empty();
+    if (options.output.empty() && !writesElse)
         return "where to? stratovane-render " +
                std::string{options.fromSong ? "SONG.mid" : "IN.wav --effect \"Name\""} +
                " -o OUT.wav";
-    std::error_code error;
-    if (fs::equivalent(options.input, options.output, error))
-        return std::string{"the output would replace the "} +
-               (options.fromSong ? "song" : "sound file") + " itself";
-    return {};
+    return understandTargets(options);
 }
 
 /// What the kind of input needs and what makes no sense with it.
 std::optional<std::string> understandKind(const CLI::App& app, Options& options) {
-    constexpr const char* songOnly[] = {"--plugin",  "--content", "--rate",         "--output-pair",
-                                        "--channel", "--set",     "--user-settings"};
+    constexpr const char* songOnly[] = {
+        "--plugin", "--content",       "--rate",   "--output-pair", "--channel",      "--set",
+        "--preset", "--bank",          "--patch",  "--gm",          "--parameter",    "--save-bank",
+        "--multi",  "--keep-programs", "--events", "--save-preset", "--user-settings"};
     constexpr const char* soundOnly[] = {"--key", "--tempo"};
     const auto given = [&](const char* name) { return app.count(name) > 0; };
     if (options.fromSong) {
@@ -160,7 +162,7 @@ std::optional<std::string> understandKind(const CLI::App& app, Options& options)
     return {};
 }
 
-void declare(CLI::App& app, Options& options, Texts& texts) {
+void declareSound(CLI::App& app, Options& options, Texts& texts) {
     app.add_option("INPUT", options.input,
                    "Standard MIDI File to play, or sound file to pass through effects alone; its "
                    "first bytes tell which");
@@ -186,6 +188,10 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
                    "wav16]");
     app.add_option("--output-pair", texts.outputPair, "Output pair N, or all in one file")
         ->capture_default_str();
+    app.add_option("--multi", options.multi,
+                   "Folder for a file per output pair that sounds, all of one length, beside or "
+                   "(without -o) instead of the output")
+        ->type_name("DIR");
     app.add_option(
            "--channel", texts.channel,
            "Play the notes of all channels but 10 on this one; no program changes, no volume")
@@ -207,6 +213,45 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
         ->type_name("BPM")
         ->check(CLI::Range(1.0, 1000.0))
         ->capture_default_str();
+}
+
+void declareSetup(CLI::App& app, Options& options, Texts& texts) {
+    app.add_option("--preset", options.preset, "Preset file for the part of --channel, else part 1")
+        ->type_name("FILE.fxp");
+    app.add_option("--bank", options.bank, "Bank file: all parts and master effects")
+        ->type_name("FILE.fxb");
+    app.add_option("--patch", texts.setup.patches,
+                   "A program of the content library for a part (from 1), by the numbers of "
+                   "--list-programs. Repeated: for several parts")
+        ->type_name("PART=BANK.PROGRAM")
+        ->expected(1)
+        ->take_all();
+    app.add_option("--gm", texts.setup.generalMidi,
+                   "General MIDI: auto (a GM system on comes first when the content has the GM "
+                   "sounds, the song resets nothing itself, and none of --preset, --bank, --patch "
+                   "and --channel is given), on, or off")
+        ->capture_default_str();
+    app.add_flag("--keep-programs", options.keepPrograms,
+                 "Obey the song's program changes, bank selects and GM messages also with "
+                 "--preset, --bank, --patch or --channel, which otherwise leave them out");
+    app.add_option("--parameter", texts.setup.parameters,
+                   "A host parameter by index or name (--list-parameters) and its value 0..1, set "
+                   "before the song. Repeated: in order")
+        ->type_name("INDEX-OR-NAME=VALUE")
+        ->expected(1)
+        ->take_all();
+    app.add_option("--save-bank", options.saveBank, "Bank file to write after the song")
+        ->type_name("OUT.fxb");
+    app.add_option("--save-preset", texts.setup.savePresets,
+                   "Preset file to write after the song from the patch of a part (from 1). "
+                   "Repeated: for several parts")
+        ->type_name("PART OUT.fxp")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    app.add_option("--events", options.events,
+                   "Text file of what the arpeggiators played: seconds, beats, part, event")
+        ->type_name("FILE");
     app.add_option("--set", texts.settings, "A setting of the plug-in, as \"Name=Value\"")
         ->type_name("NAME=VALUE")
         ->expected(1)
@@ -214,6 +259,9 @@ void declare(CLI::App& app, Options& options, Texts& texts) {
     app.add_flag("--user-settings", options.userSettings,
                  "Start from a copy of your own settings, not from defaults");
     app.add_flag("--list-programs", options.listPrograms, "List the programs and end");
+    app.add_flag("--list-parameters", options.listParameters,
+                 "List the host parameters with index, name and display, as --preset, --bank, "
+                 "--patch and --parameter leave them, and end");
     app.add_flag("--list-effects", options.listEffects,
                  "List the effects with their parameters, defaults and displays, and end");
     app.add_flag("--quiet", options.quiet, "No progress, hints and summary");
@@ -229,7 +277,8 @@ std::variant<Options, Failure> readOptions(int argc, char** argv) {
         "stratovane-render"};
     Options options;
     Texts texts;
-    declare(app, options, texts);
+    declareSound(app, options, texts);
+    declareSetup(app, options, texts);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -246,7 +295,8 @@ std::variant<Options, Failure> readOptions(int argc, char** argv) {
     if (!fault) fault = understandFormat(texts.format, options);
     if (!fault) fault = understandSettings(texts.settings, options);
     if (!fault) fault = understandEffects(texts.effects, options);
-    if (!fault && !options.listPrograms && !options.listEffects) {
+    if (!fault) fault = understandSetup(texts.setup, options);
+    if (!fault && !options.listsOnly()) {
         fault = understandFiles(options);
         if (!fault) fault = understandKind(app, options);
     }

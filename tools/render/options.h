@@ -14,6 +14,27 @@ namespace stratovane::render {
 
 enum class Format { wav16, wav24, floatWav, flac };
 
+enum class GeneralMidi { automatic, on, off };
+
+/// A program of the content library for a part.
+struct PatchChoice {
+    static constexpr int firstCombiBank = 120;
+    int part = 0;  // 0..15
+    int bank = 0, program = 0;
+    bool isCombi() const { return bank >= firstCombiBank; }
+};
+
+/// A host parameter by index or name, as typed, and its value 0..1.
+struct ParameterChoice {
+    std::string parameter;
+    float value = 0;
+};
+
+struct PresetTarget {
+    int part = 0;  // 0..15
+    std::string path;
+};
+
 struct Options {
     static constexpr int allPairs = 0;
     static constexpr int songBlockFrames = 512, soundBlockFrames = 256;
@@ -40,8 +61,29 @@ struct Options {
     bool userSettings = false;
     bool listPrograms = false;
     bool listEffects = false;
+    bool listParameters = false;
     bool quiet = false;
     bool json = false;
+
+    // What the song finds in the plug-in, and what is kept of it.
+    std::string preset, bank;  // files to load; empty: none
+    std::vector<PatchChoice> patches;
+    GeneralMidi generalMidi = GeneralMidi::automatic;
+    bool keepPrograms = false;
+    std::vector<ParameterChoice> parameters;
+    std::string saveBank;
+    std::vector<PresetTarget> savePresets;
+    std::string multi;   // folder for a file per output pair
+    std::string events;  // file for what the arpeggiators played
+
+    /// Whether the command line says what plays, so that the song's own programs do not.
+    bool choosesPrograms() const {
+        return !preset.empty() || !bank.empty() || !patches.empty() || channel.has_value();
+    }
+    bool leavesOutPrograms() const { return choosesPrograms() && !keepPrograms; }
+    /// The part (0..15) that a preset and effects are meant for.
+    int mainPart() const { return channel.value_or(0); }
+    bool listsOnly() const { return listPrograms || listEffects || listParameters; }
 };
 
 /// Either the options or how to end at once (help counts as success and has been printed).

@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <new>
+
+#include "shared/windows_1252.h"
 
 namespace stratovane::render {
 
@@ -17,6 +20,17 @@ constexpr int mostOutputs = 32;
 constexpr std::chrono::seconds patience{60};
 constexpr std::size_t headWords = offsetof(EventList, events) / sizeof(std::intptr_t);
 static_assert(headWords * sizeof(std::intptr_t) == offsetof(EventList, events));
+
+// A message-box hook gets no pointer of ours. Null: messages are told at once.
+std::string* messages = nullptr;
+
+int showMessage(const char* text, int) {
+    if (messages == nullptr)
+        std::fprintf(stderr, "The plug-in says: %s\n", text);
+    else
+        messages->append(messages->empty() ? "" : "; ").append(text);
+    return 0;  // no, to what is a question
+}
 
 std::intptr_t answerText(void* buffer, const char* text) {
     if (buffer == nullptr) return 0;
@@ -29,6 +43,7 @@ std::intptr_t answerText(void* buffer, const char* text) {
 PluginHost::~PluginHost() {
     if (record_ != nullptr) {
         if (running_) request(Opcode::mainsChanged, 0, 0);
+        request(Opcode::vendorSpecific, fourCharacters("mbox"));
         request(Opcode::close);
     }
     if (library_ != nullptr) dlclose(library_);
@@ -51,6 +66,8 @@ std::optional<Failure> PluginHost::load(const std::string& path) {
         return Failure{Exit::plugIn, path + " answers with a record that is no instrument's"};
     record_ = record;
     record_->userPointer = this;
+    request(Opcode::vendorSpecific, fourCharacters("mbox"), 0,
+            reinterpret_cast<void*>(&showMessage));
     request(Opcode::open);
     return {};
 }
@@ -116,15 +133,55 @@ void PluginHost::settle() {
 bool PluginHost::addEffect(int part, EffectChoice effect) {
     const std::intptr_t element =
         request(Opcode::vendorSpecific, fourCharacters("fxad"), part, &effect);
-    settle();
-    // A patch is taken over at the start of a block, one a block: this one before the next is made.
-    record_->processReplacing(record_, nullptr, pointers_.data(), 0);
+    takeOver();
     return element > 0;
 }
 
-bool PluginHost::hasPatch(int part) {
-    constexpr std::int32_t partParameters = 152, level = 2;
-    return record_->getParameter(record_, part * partParameters + level) > 0.0f;
+void PluginHost::takeOver() {
+    settle();
+    // A patch is taken over at the start of a block, one a block: this one before the next is made.
+    record_->processReplacing(record_, nullptr, pointers_.data(), 0);
+}
+
+std::string PluginHost::text(Opcode opcode, std::int32_t index) {
+    char buffer[256] = {};
+    request(opcode, index, 0, buffer);
+    std::string_view text{buffer};
+    const auto from = std::min(text.find_first_not_of(' '), text.size());
+    text.remove_prefix(from);
+    text = text.substr(0, text.find_last_not_of(' ') + 1);
+    return utf8FromWindows1252(text);
+}
+
+void PluginHost::deliver(std::span<const SongEvent> events) {
+    render(events, 0, 0, {});
+    takeOver();
+}
+
+void PluginHost::selectPart(int part) {
+    request(Opcode::vendorSpecific, fourCharacters("part"), part);
+}
+
+std::optional<std::string> PluginHost::setChunk(ByteView chunk, bool preset) {
+    std::string told;
+    messages = &told;
+    // The request's pointer is for either direction; this one is only read.
+    const bool taken =
+        request(Opcode::setChunk, preset ? 1 : 0, static_cast<std::intptr_t>(chunk.size()),
+                const_cast<std::uint8_t*>(chunk.data())) == 1;
+    messages = nullptr;
+    if (!taken) return told.empty() ? "it gives no reason" : told;
+    if (!told.empty()) showMessage(told.c_str(), 0);
+    takeOver();
+    return {};
+}
+
+Bytes PluginHost::getChunk(bool preset) {
+    void* data = nullptr;
+    const std::intptr_t size = request(Opcode::getChunk, preset ? 1 : 0, 0, &data);
+    if (size <= 0 || data == nullptr) return {};
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    return {bytes, bytes + size};
 }
 
 int PluginHost::highestVoices() {

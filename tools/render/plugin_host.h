@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "content/bytes.h"
 #include "effect_choice.h"
 #include "failure.h"
 #include "midi_song.h"
@@ -17,7 +18,8 @@
 
 namespace stratovane::render {
 
-/// Everything runs on one thread, which is audio thread and UI thread in turn.
+/// Tells what the plug-in would show in message boxes on standard error, but for what explains a
+/// refusal. Everything runs on one thread, which is audio thread and UI thread in turn.
 class PluginHost {
   public:
     PluginHost() = default;
@@ -31,6 +33,22 @@ class PluginHost {
     /// Puts an effect behind the patch of a part (0..15); false when there is no place for it.
     bool addEffect(int part, EffectChoice effect);
     int outputs() const { return record_->outputCount; }
+    int parameters() const { return record_->parameterCount; }
+    float parameter(std::int32_t index) { return record_->getParameter(record_, index); }
+    void setParameter(std::int32_t index, float value) {
+        record_->setParameter(record_, index, value);
+    }
+    /// A text the plug-in answers, as UTF-8 without blanks at its ends.
+    std::string text(Opcode opcode, std::int32_t index = 0);
+
+    /// Hands over events in a block of no frames and lets the plug-in load what they ask for.
+    void deliver(std::span<const SongEvent> events);
+    /// Chooses the part (0..15) whose preset chunks are meant.
+    void selectPart(int part);
+    /// Gives the plug-in a state, a preset's for the selected part; answers why it was refused.
+    std::optional<std::string> setChunk(ByteView chunk, bool preset);
+    /// Empty when there is nothing to give.
+    Bytes getChunk(bool preset);
 
     /// Hands over the events of a block that begins at `start` and renders it. The outputs' samples
     /// stay valid until the next block.
@@ -42,8 +60,6 @@ class PluginHost {
     void idle();
     /// Idle calls until nothing waits to be loaded.
     void settle();
-    /// Whether a part (0..15) has a patch that can be heard: an empty one has the level 0.
-    bool hasPatch(int part);
     /// The highest number of voices since last asked; 0 when the plug-in does not tell.
     int highestVoices();
     /// Whether the plug-in never got ready, although it had a minute.
@@ -55,6 +71,8 @@ class PluginHost {
   private:
     static std::intptr_t callback(EffectRecord* record, std::int32_t opcode, std::int32_t index,
                                   std::intptr_t value, void* pointer, float number);
+    /// Lets the plug-in load what it was asked for and take it over.
+    void takeOver();
     void sendEvents(std::span<const SongEvent> events, std::int64_t start);
 
     void* library_ = nullptr;

@@ -18,22 +18,23 @@ std::int64_t tailFrames(const Options& options, int rate) {
 }
 
 std::optional<Failure> Recording::open(int rate, int channels, std::int64_t mostFrames) {
-    summary_.output = options_.output;
+    summary_.output = output_;
     summary_.format = formatName(options_.format);
     summary_.clippingKept = options_.format == Format::floatWav;
     summary_.rate = rate;
     summary_.channels = channels;
-    if (auto failure = file_.open(options_.output, options_.format, rate, channels, mostFrames))
+    if (auto failure = file_.open(output_, options_.format, rate, channels, mostFrames))
         return failure;
-    return take_.open(options_.output, channels);
+    return take_.open(output_, channels);
 }
 
 float Recording::gain() const {
     const auto gain = static_cast<float>(std::pow(10.0, options_.gainDb / 20));
-    if (!options_.normalize || take_.peak() == 0) return gain;
+    const float peak = peak_.value_or(take_.peak());
+    if (!options_.normalize || peak == 0) return gain;
     const float wanted = std::min(gain, 1.0f) * formatCeiling(options_.format);
-    float exact = wanted / take_.peak();
-    while (exact * take_.peak() > wanted) exact = std::nextafter(exact, 0.0f);
+    float exact = wanted / peak;
+    while (exact * peak > wanted) exact = std::nextafter(exact, 0.0f);
     return exact;
 }
 
@@ -42,7 +43,7 @@ std::optional<Failure> Recording::findAudibleFrames(float quietest, std::int64_t
     return take_.findAudibleFrames(std::max(step, quietest), frames);
 }
 
-std::optional<Failure> Recording::finish() {
+std::optional<Failure> Recording::write() {
     const float factor = gain();
     Meter meter;
     std::vector<float> samples;
@@ -63,7 +64,7 @@ std::optional<Failure> Recording::finish() {
     summary_.peakDbfs = meter.peakDbfs();
     summary_.rmsDbfs = meter.rmsDbfs();
     summary_.clippedSamples = file_.clipped();
-    return file_.commit();
+    return file_.close();
 }
 
 }  // namespace stratovane::render

@@ -1,121 +1,168 @@
 #include "renderer.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <utility>
 
 #include "block_plan.h"
+#include "event_list.h"
 #include "interrupt.h"
+#include "pair_files.h"
+#include "program_watch.h"
 #include "progress.h"
 #include "recording.h"
+#include "saved_programs.h"
 
 namespace stratovane::render {
 
 namespace {
 
-/// Finds the channels that play where no patch is, asking once after each loading.
-class PatchCheck {
-  public:
-    explicit PatchCheck(PluginHost& plugIn) : plugIn_{plugIn} {}
+using Fault = std::optional<Failure>;
 
-    void loaded() { known_.fill(false); }
-    void check(std::span<const SongEvent> events) {
-        for (const SongEvent& event : events) {
-            if (!event.exclusive.empty() || !event.isNoteOn()) continue;
-            const auto part = static_cast<std::size_t>(event.channel());
-            if (std::exchange(known_[part], true)) continue;
-            if (!plugIn_.hasPatch(event.channel())) missing_[part] = true;
+/// One song's way through the plug-in, and the files that come of it.
+class Rendering {
+  public:
+    Rendering(PluginHost& plugIn, const Song& song, const Options& options)
+        : plugIn_{plugIn},
+          song_{song},
+          options_{options},
+          end_{song.frames + tailFrames(options, song.rate)},
+          watch_{plugIn} {
+        summary_.inputSeconds = static_cast<double>(song.frames) / song.rate;
+    }
+
+    /// Begins all files, so that a place that takes none is told before the song, and the plug-in.
+    Fault open(const SetupFiles& files) {
+        if (hasOutput()) {
+            const bool all = options_.outputPair == Options::allPairs;
+            channels_ = static_cast<std::size_t>(all ? plugIn_.outputs() : 2);
+            firstOutput_ = static_cast<std::size_t>(all ? 0 : 2 * (options_.outputPair - 1));
+            if (auto failure = recording_.open(song_.rate, static_cast<int>(channels_), end_))
+                return failure;
         }
+        if (hasPairs())
+            if (auto failure = pairs_.open(plugIn_, end_)) return failure;
+        if (auto failure = saved_.open(options_)) return failure;
+        plugIn_.start(options_.sampleRate, options_.blockFrames);
+        if (hasEvents())
+            if (auto failure = events_.open(options_.events, plugIn_)) return failure;
+        return setUp(plugIn_, options_, files, wantsGeneralMidi(plugIn_, options_, song_.resets()),
+                     watch_);
     }
-    std::vector<int> channels() const {
-        std::vector<int> found;
-        for (int part = 0; part < 16; ++part)
-            if (missing_[static_cast<std::size_t>(part)]) found.push_back(part + 1);
-        return found;
+
+    Fault play() {
+        BlockPlan plan{song_, options_.blockFrames, end_};
+        Progress progress{end_, !options_.quiet};
+        const auto begun = std::chrono::steady_clock::now();
+        while (!plan.done()) {
+            if (interruptSeen() != 0)
+                return Failure{Exit::output, "interrupted; no file was written"};
+            const Block block = plan.next();
+            if (auto failure = playBlock(block, plan.timeAt(block))) return failure;
+            progress.show(block.start);
+        }
+        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begun;
+        summary_.elapsedSeconds = elapsed.count();
+        summary_.renderedSeconds = static_cast<double>(end_) / song_.rate;
+        summary_.highestVoices = plugIn_.highestVoices();
+        summary_.stuck = plugIn_.stuck();
+        watch_.report(summary_);
+        return {};
     }
+
+    /// Every file is written before the first gets its name.
+    Fault finish() {
+        if (auto failure = saved_.write(plugIn_)) return failure;
+        if (hasOutput())
+            if (auto failure = writeOutput()) return failure;
+        if (hasPairs())
+            if (auto failure = pairs_.write(song_.frames)) return failure;
+        if (hasEvents())
+            if (auto failure = events_.write(song_)) return failure;
+
+        if (hasOutput())
+            if (auto failure = recording_.commit()) return failure;
+        if (hasPairs())
+            if (auto failure = pairs_.commit()) return failure;
+        if (hasEvents())
+            if (auto failure = events_.commit()) return failure;
+        if (auto failure = saved_.commit()) return failure;
+        report();
+        return {};
+    }
+
+    const Summary& summary() const { return summary_; }
 
   private:
-    PluginHost& plugIn_;
-    std::array<bool, 16> known_{}, missing_{};
-};
+    bool hasOutput() const { return !options_.output.empty(); }
+    bool hasPairs() const { return !options_.multi.empty(); }
+    bool hasEvents() const { return !options_.events.empty(); }
 
-/// Behind the patch of the part that plays, before it does.
-std::optional<Failure> addEffects(PluginHost& plugIn, const Options& options) {
-    const int part = options.channel.value_or(0);
-    for (const EffectChoice& effect : options.effects) {
-        if (!plugIn.addEffect(part, effect))
-            return Failure{Exit::plugIn, "the plug-in has no place for the effect " +
-                                             quotedName(effect) + " in part " +
-                                             std::to_string(part + 1)};
-    }
-    return {};
-}
-
-std::optional<Failure> play(PluginHost& plugIn, const Song& song, const Options& options,
-                            std::size_t firstOutput, Recording& recording) {
-    Summary& summary = recording.summary();
-    const auto channels = static_cast<std::size_t>(summary.channels);
-    const std::int64_t end = song.frames + tailFrames(options, song.rate);
-    BlockPlan plan{song, options.blockFrames, end};
-    PatchCheck patches{plugIn};
-    Progress progress{end, !options.quiet};
-    const auto begun = std::chrono::steady_clock::now();
-    while (!plan.done()) {
-        if (interruptSeen() != 0) return Failure{Exit::output, "interrupted; no file was written"};
-        const Block block = plan.next();
+    Fault playBlock(const Block& block, const TimeInfo& time) {
         const auto events =
-            std::span{song.events}.subspan(block.firstEvent, block.endEvent - block.firstEvent);
-        patches.check(events);
-        plugIn.render(events, block.start, block.frames, plan.timeAt(block));
-        if (auto failure = recording.take().append(plugIn.buffers().subspan(firstOutput, channels),
-                                                   block.frames))
-            return failure;
+            std::span{song_.events}.subspan(block.firstEvent, block.endEvent - block.firstEvent);
+        watch_.send(events, song_.rate);
+        plugIn_.render(events, block.start, block.frames, time);
+        if (hasOutput())
+            if (auto failure = recording_.take().append(
+                    plugIn_.buffers().subspan(firstOutput_, channels_), block.frames))
+                return failure;
+        if (hasPairs())
+            if (auto failure = pairs_.append(plugIn_.buffers(), block.frames)) return failure;
+        if (hasEvents()) events_.collect(plugIn_);
         if (block.loads) {
-            plugIn.settle();
-            patches.loaded();
+            plugIn_.settle();
+            watch_.loaded();
         } else {
-            plugIn.idle();
+            plugIn_.idle();
         }
-        progress.show(block.start);
+        return {};
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begun;
-    summary.elapsedSeconds = elapsed.count();
-    summary.renderedSeconds = static_cast<double>(end) / song.rate;
-    summary.channelsWithoutPatch = patches.channels();
-    summary.highestVoices = plugIn.highestVoices();
-    summary.stuck = plugIn.stuck();
-    return {};
-}
+
+    Fault writeOutput() {
+        if (options_.tail == Options::Tail::automatic) {
+            std::int64_t audible = 0;
+            if (auto failure = recording_.findAudibleFrames(0, audible)) return failure;
+            recording_.take().cutTo(audible > 0 ? audible : song_.frames);
+        }
+        return recording_.write();
+    }
+
+    void report() {
+        if (hasPairs()) pairs_.report(summary_);
+        summary_.lostEvents = events_.lost();
+        for (const std::string& path : {options_.events, options_.saveBank})
+            if (!path.empty()) summary_.otherFiles.push_back(path);
+        for (const PresetTarget& preset : options_.savePresets)
+            summary_.otherFiles.push_back(preset.path);
+    }
+
+    PluginHost& plugIn_;
+    const Song& song_;
+    const Options& options_;
+    const std::int64_t end_;  // frames, the tail included
+    std::size_t firstOutput_ = 0, channels_ = 2;
+    ProgramWatch watch_;
+    Summary summary_;
+    Recording recording_{options_, options_.output, summary_};
+    PairFiles pairs_{options_};
+    EventList events_;
+    SavedPrograms saved_;
+};
 
 }  // namespace
 
 std::variant<Summary, Failure> renderSong(PluginHost& plugIn, const Song& song,
-                                          const Options& options) {
-    const int pairs = plugIn.outputs() / 2;
-    const bool all = options.outputPair == Options::allPairs;
-    if (options.outputPair > pairs)
+                                          const SetupFiles& files, const Options& options) {
+    if (const int pairs = plugIn.outputs() / 2; options.outputPair > pairs)
         return Failure{Exit::usage, "there is no output pair " +
                                         std::to_string(options.outputPair) + ": the plug-in has " +
                                         std::to_string(pairs) +
                                         " (--set \"Outputs=...\" takes a letter for each)"};
-    Recording recording{options};
-    recording.summary().inputSeconds = static_cast<double>(song.frames) / song.rate;
-    if (auto failure = recording.open(options.sampleRate, all ? plugIn.outputs() : 2,
-                                      song.frames + tailFrames(options, song.rate)))
-        return *failure;
-
-    plugIn.start(options.sampleRate, options.blockFrames);
-    if (auto failure = addEffects(plugIn, options)) return *failure;
-    const auto firstOutput = static_cast<std::size_t>(all ? 0 : 2 * (options.outputPair - 1));
-    if (auto failure = play(plugIn, song, options, firstOutput, recording)) return *failure;
-    if (options.tail == Options::Tail::automatic) {
-        std::int64_t audible = 0;
-        if (auto failure = recording.findAudibleFrames(0, audible)) return *failure;
-        recording.take().cutTo(audible > 0 ? audible : song.frames);
-    }
-    if (auto failure = recording.finish()) return *failure;
-    return recording.summary();
+    Rendering rendering{plugIn, song, options};
+    if (auto failure = rendering.open(files)) return *failure;
+    if (auto failure = rendering.play()) return *failure;
+    if (auto failure = rendering.finish()) return *failure;
+    return rendering.summary();
 }
 
 }  // namespace stratovane::render

@@ -1,4 +1,4 @@
-// Plays a song through the plug-in into a sound file.
+// Plays a song through the plug-in into files.
 #pragma once
 
 #include <variant>
@@ -7,12 +7,13 @@
 #include "midi_song.h"
 #include "options.h"
 #include "plugin_host.h"
+#include "song_setup.h"
 #include "summary.h"
 
 namespace stratovane::render {
 
 /// The plug-in is loaded, not yet started. No file is left behind by a failure.
 std::variant<Summary, Failure> renderSong(PluginHost& plugIn, const Song& song,
-                                          const Options& options);
+                                          const SetupFiles& files, const Options& options);
 
 }  // namespace stratovane::render

@@ -1,32 +1,24 @@
 #include "sound_file.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
 
 namespace stratovane::render {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 struct FormatRow {
     const char* name;
+    const char* extension;
     int container, encoding;  // libsndfile's
     int bits;                 // of a whole-number sample, else 0
     int bytes;                // a sample takes at most
 };
 constexpr FormatRow rows[] = {
-    {"wav16", SF_FORMAT_WAV, SF_FORMAT_PCM_16, 16, 2},
-    {"wav24", SF_FORMAT_WAV, SF_FORMAT_PCM_24, 24, 3},
-    {"float", SF_FORMAT_WAV, SF_FORMAT_FLOAT, 0, 4},
-    {"flac", SF_FORMAT_FLAC, SF_FORMAT_PCM_24, 24, 3},
+    {"wav16", ".wav", SF_FORMAT_WAV, SF_FORMAT_PCM_16, 16, 2},
+    {"wav24", ".wav", SF_FORMAT_WAV, SF_FORMAT_PCM_24, 24, 3},
+    {"float", ".wav", SF_FORMAT_WAV, SF_FORMAT_FLOAT, 0, 4},
+    {"flac", ".flac", SF_FORMAT_FLAC, SF_FORMAT_PCM_24, 24, 3},
 };
 const FormatRow& rowOf(Format format) { return rows[static_cast<std::size_t>(format)]; }
 
@@ -45,11 +37,10 @@ float formatCeiling(Format format) {
     return rowOf(format).bits == 0 ? 1.0f : 1.0f - formatStep(format);
 }
 const char* formatName(Format format) { return rowOf(format).name; }
+const char* formatExtension(Format format) { return rowOf(format).extension; }
 
 SoundFile::~SoundFile() {
     if (file_ != nullptr) sf_close(file_);
-    if (descriptor_ >= 0) close(descriptor_);
-    if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
 std::optional<Failure> SoundFile::open(const std::string& path, Format format, int rate,
@@ -57,18 +48,8 @@ std::optional<Failure> SoundFile::open(const std::string& path, Format format, i
     const FormatRow& row = rowOf(format);
     if (format == Format::flac && channels > mostFlacChannels)
         return Failure{Exit::usage, "a FLAC file has 8 channels at most; choose another --format"};
-    std::error_code error;
-    const fs::path real = fs::weakly_canonical(path, error);  // a link's target is replaced
-    target_ = error ? path : real.string();
-    if (fs::exists(target_, error) && !fs::is_regular_file(target_, error))
-        return Failure{Exit::output, path + " exists and is no file"};
-    fs::path pattern{target_};
-    pattern.replace_filename(".stratovane-render-XXXXXX");
-    std::string name = pattern.string();
-    descriptor_ = mkstemp(name.data());
-    if (descriptor_ < 0)
-        return Failure{Exit::output, because(path + " cannot be written", std::strerror(errno))};
-    temporary_ = name;
+    path_ = path;
+    if (auto fault = target_.open(path)) return Failure{Exit::output, *fault};
 
     format_ = format;
     channels_ = channels;
@@ -78,7 +59,7 @@ std::optional<Failure> SoundFile::open(const std::string& path, Format format, i
     const bool large = mostFrames > largestWavBytes / row.bytes / channels;
     info.format =
         (row.container == SF_FORMAT_WAV && large ? SF_FORMAT_RF64 : row.container) | row.encoding;
-    file_ = sf_open_fd(descriptor_, SFM_WRITE, &info, SF_FALSE);
+    file_ = sf_open_fd(target_.descriptor(), SFM_WRITE, &info, SF_FALSE);
     if (file_ == nullptr)
         return Failure{Exit::output, because(path + " cannot be written", sf_strerror(nullptr))};
     sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);  // it would hold the hour
@@ -107,22 +88,18 @@ std::optional<Failure> SoundFile::write(std::span<const float> samples) {
         written = sf_writef_int(file_, integers_.data(), frames);
     }
     if (written == frames) return {};
-    return Failure{Exit::output, because(target_ + " cannot be written", sf_strerror(file_))};
+    return Failure{Exit::output, because(path_ + " cannot be written", sf_strerror(file_))};
+}
+
+std::optional<Failure> SoundFile::close() {
+    const int closed = sf_close(file_);
+    file_ = nullptr;
+    if (closed == 0) return {};
+    return Failure{Exit::output, because(path_ + " cannot be written", sf_error_number(closed))};
 }
 
 std::optional<Failure> SoundFile::commit() {
-    const int closed = sf_close(file_);
-    file_ = nullptr;
-    if (closed != 0)
-        return Failure{Exit::output,
-                       because(target_ + " cannot be written", sf_error_number(closed))};
-    const mode_t mask = umask(0);
-    umask(mask);
-    const bool flushed = fchmod(descriptor_, 0666 & ~mask) == 0 && close(descriptor_) == 0;
-    descriptor_ = -1;
-    if (!flushed || std::rename(temporary_.c_str(), target_.c_str()) != 0)
-        return Failure{Exit::output, because(target_ + " cannot be written", std::strerror(errno))};
-    temporary_.clear();
+    if (auto fault = target_.keep()) return Failure{Exit::output, *fault};
     return {};
 }
 

@@ -11,6 +11,7 @@
 
 #include "failure.h"
 #include "options.h"
+#include "shared/new_file.h"
 
 namespace stratovane::render {
 
@@ -18,6 +19,8 @@ namespace stratovane::render {
 float formatStep(Format format);
 float formatCeiling(Format format);
 const char* formatName(Format format);
+/// With the dot.
+const char* formatExtension(Format format);
 
 class SoundFile {
   public:
@@ -34,15 +37,17 @@ class SoundFile {
     std::optional<Failure> write(std::span<const float> samples);
     /// Samples that were clipped, or in a float file are above full scale.
     std::int64_t clipped() const { return clipped_; }
-    /// Closes the file and gives it its name, replacing what was there.
+    /// After the last sample.
+    std::optional<Failure> close();
+    /// Gives the closed file its name, replacing what was there.
     std::optional<Failure> commit();
 
   private:
-    std::string target_, temporary_;
+    std::string path_;
+    NewFile target_;
     Format format_ = Format::wav16;
     int channels_ = 2;
     std::int64_t clipped_ = 0;
-    int descriptor_ = -1;
     SNDFILE* file_ = nullptr;
     std::vector<int> integers_;
 };

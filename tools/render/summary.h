@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -22,8 +23,29 @@ class Meter {
     std::int64_t samples_ = 0;
 };
 
+/// A patch that a part (from 1) played; without a bank it is not from the content library.
+struct PlayedProgram {
+    int part = 1;
+    std::string name;
+    std::optional<int> bank;
+    int program = 0;
+};
+
+/// A program change of a channel (from 1) that changed nothing. The bank is what was selected: MSB
+/// * 128 + LSB.
+struct ProgramNotFound {
+    int channel = 1, bank = 0, program = 0;
+    double seconds = 0;
+};
+
+struct PairFile {
+    int pair = 1;
+    std::string output;
+    double peakDbfs = 0;
+};
+
 struct Summary {
-    std::string output, format;
+    std::string output, format;  // no output: only files of other kinds
     int rate = 0, channels = 0;
     bool fromSong = true;  // else from a sound file
     double inputSeconds = 0, fileSeconds = 0;
@@ -35,6 +57,12 @@ struct Summary {
     double renderedSeconds = 0, elapsedSeconds = 0;
     std::vector<int> channelsWithoutPatch;  // from 1
     bool stuck = false;
+    std::vector<PlayedProgram> played;
+    std::vector<ProgramNotFound> programsNotFound;
+    bool wantsPairFiles = false;
+    std::vector<PairFile> pairFiles;
+    std::vector<std::string> otherFiles;  // banks, presets, events
+    std::int64_t lostEvents = 0;          // that arpeggiators played
 };
 
 std::string summaryText(const Summary& summary);

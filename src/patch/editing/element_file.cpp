@@ -3,7 +3,6 @@
 #include "base/units.h"
 #include "content/file_bytes.h"
 #include "content/program_files.h"
-#include "content/replace_file.h"
 #include "effects/catalogue.h"
 #include "patch/effect_preset.h"
 #include "patch/parameter_ids.h"

@@ -1,4 +1,4 @@
-#include "content/replace_file.h"
+#include "content/file_bytes.h"
 
 #include <gtest/gtest.h>
 

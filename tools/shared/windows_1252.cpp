@@ -1,10 +1,10 @@
-#include "windows_1252.h"
+#include "shared/windows_1252.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 
-namespace stratovane::content_tool {
+namespace stratovane {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::optional<std::string> windows1252FromUtf8(std::string_view text) {
     return out;
 }
 
-}  // namespace stratovane::content_tool
+}  // namespace stratovane
