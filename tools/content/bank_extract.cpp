@@ -14,8 +14,8 @@
 #include "failure.h"
 #include "json_node.h"
 #include "output_file.h"
-#include "sound.h"
 #include "shared/windows_1252.h"
+#include "sound.h"
 
 namespace stratovane::content_tool {
 

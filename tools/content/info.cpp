@@ -11,8 +11,8 @@
 #include "content/scene_record.h"
 #include "content/tuning_table.h"
 #include "patch_info.h"
-#include "sound.h"
 #include "shared/windows_1252.h"
+#include "sound.h"
 
 namespace stratovane::content_tool {
 
