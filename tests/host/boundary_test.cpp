@@ -17,14 +17,10 @@ TEST(Boundary, FillsTheEffectRecord) {
     TestHost host;
     ASSERT_NE(host.record, nullptr);
     const EffectRecord& r = *host.record;
-    EXPECT_EQ(r.magic, 'M' << 24 | 'r' << 16 | 'x' << 8 | 'P');
-    EXPECT_EQ(r.programCount, 1);
-    EXPECT_EQ(r.parameterCount, 2528);
-    EXPECT_EQ(r.inputCount, 0);
-    EXPECT_EQ(r.outputCount, 8);
-    EXPECT_EQ(r.flags, 0x131);
-    EXPECT_EQ(r.uniqueId, fourCharacters("QvRR"));
-    EXPECT_EQ(r.version, 1);
+    EXPECT_EQ((std::vector{r.magic, r.programCount, r.parameterCount, r.inputCount, r.outputCount,
+                           r.flags, r.uniqueId, r.version}),
+              (std::vector{'M' << 24 | 'r' << 16 | 'x' << 8 | 'P', 1, 2528, 0, 8, 0x131,
+                           fourCharacters("QvRR"), 1}));
     EXPECT_EQ(r.inputOutputRatio, 1.0f);
     EXPECT_NE(r.object, nullptr);
     EXPECT_EQ(r.userPointer, nullptr);
@@ -53,14 +49,15 @@ TEST(Boundary, AnswersRequests) {
         EXPECT_EQ(host.ask(opcode, 99), answer) << static_cast<int>(opcode);
     for (const std::int32_t unknown : {16, 17, 27, 31, 46, 66, 1000, -1})
         EXPECT_EQ(host.ask(static_cast<Opcode>(unknown)), 0) << unknown;
-    EXPECT_EQ(host.text(Opcode::effectName), "Stratovane 2");
-    EXPECT_EQ(host.text(Opcode::productString), "Stratovane 2");
-    EXPECT_EQ(host.text(Opcode::vendorString), "Taldrimor");
-    EXPECT_EQ(host.text(Opcode::getParameterLabel, 5), "");
+    for (const auto& [opcode, answer] : {std::pair{Opcode::effectName, "Stratovane 2"},
+                                         {Opcode::productString, "Stratovane 2"},
+                                         {Opcode::getProgramName, "Stratovane 2"},
+                                         {Opcode::vendorString, "Taldrimor"},
+                                         {Opcode::getParameterLabel, ""}})
+        EXPECT_EQ(host.text(opcode, 5), answer);
     // Program number and name
     host.ask(Opcode::setProgram, 0, 1);
     EXPECT_EQ(host.ask(Opcode::getProgram), 0);
-    EXPECT_EQ(host.text(Opcode::getProgramName), "Stratovane 2");
     char longName[] = "a name of more than thirty-one characters";
     host.ask(Opcode::setProgramName, 0, 0, longName);
     EXPECT_EQ(host.text(Opcode::getProgramName), std::string{longName}.substr(0, 31));
