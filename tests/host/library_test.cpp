@@ -30,14 +30,16 @@ class LibraryHost : public ::testing::Test {
         patch.store(0, global::level, level);
         const Bytes record = writePatchRecord(patch, nullptr);
         const Bytes header = presetFileHeader("x", record.size());
-        std::filesystem::create_directories(folder_ / "Patches/" + bank);
-        folder_.put("Patches/" + bank + "/" + file, std::string(header.begin(), header.end()) +
-                                                        std::string(record.begin(), record.end()));
+        const auto path = std::filesystem::path{folder_ / ""} / "Patches" / bank;
+        std::filesystem::create_directories(path);
+        std::ofstream out{path / file, std::ios::binary};
+        out.write(reinterpret_cast<const char*>(header.data()),
+                  static_cast<std::streamsize>(header.size()));
+        out.write(reinterpret_cast<const char*>(record.data()),
+                  static_cast<std::streamsize>(record.size()));
     }
-    std::string setting() const { return "Content Location=" + folder_ / "" + "\n"; }
-    void change(TestHost& host, int program) const {
-        host.midi({message(0xB0, 32, 5), message(0xC0, program, 0)});
-        host.settle();
+    std::string setting() const {
+        return "Content Location=" + std::filesystem::path{folder_ / ""}.string() + "\n";
     }
     void SetUp() override {
         addPatch("005 Mine", "000 First.fxp", 0.25f);
@@ -98,13 +100,15 @@ TEST_F(LibraryHost, KeepsMuteAndOutputAndWhatIsLocked) {
     host.set(4, 0.08f);  // output
     host.set(3, 0.9f);   // pan
     host.set(2, 0.33f);  // level
-    change(host, 0);
+    host.midi({message(0xB0, 32, 5), message(0xC0, 0, 0)});
+    host.settle();
     EXPECT_FLOAT_EQ(host.get(4), 0.08f);
     EXPECT_FLOAT_EQ(host.get(3), 0.5f);
     EXPECT_FLOAT_EQ(host.get(2), 0.25f);
     host.set(25, 1.0f);  // lock
     host.set(3, 0.9f);
-    change(host, 7);
+    host.midi({message(0xC0, 7, 0)});
+    host.settle();
     EXPECT_FLOAT_EQ(host.get(3), 0.9f);
     EXPECT_FLOAT_EQ(host.get(2), 0.25f);
 }
@@ -128,12 +132,15 @@ TEST_F(LibraryHost, ControllersBehindAProgramChangeReachItsPatch) {
 }
 
 TEST_F(LibraryHost, RefusesDamagedRecords) {
-    folder_.put("Patches/005 Mine/001 Bad.fxp",
-                folder_.get("Patches/005 Mine/000 First.fxp").substr(0, 1000));
+    const auto bad = std::filesystem::path{folder_ / ""} / "Patches/005 Mine/001 Bad.fxp";
+    std::filesystem::copy(std::filesystem::path{folder_ / ""} / "Patches/005 Mine/000 First.fxp",
+                          bad);
+    std::filesystem::resize_file(bad, 1000);
     TestHost host{setting()};
     host.start();
     host.settle();
-    change(host, 1);
+    host.midi({message(0xB0, 32, 5), message(0xC0, 1, 0)});
+    host.settle();
     EXPECT_FLOAT_EQ(host.get(2), 0.6f);
     MidiProgramName record{};
     host.ask(Opcode::getCurrentMidiProgram, 0, 0, &record);
