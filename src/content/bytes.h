@@ -58,16 +58,15 @@ class ByteView {
     std::span<const std::uint8_t> bytes_{};
 };
 
-/// Appends to a block of bytes. Any thread.
+/// Appends to a block of bytes. Any thread. What lets it grow is kept out of line: it is called
+/// once a field, from everywhere, and no caller is the faster for having the vector's growth in it.
 class ByteWriter {
   public:
     std::size_t size() const { return bytes_.size(); }
-    void append(std::span<const std::uint8_t> bytes) {
-        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
-    }
-    void zeros(std::size_t count) { bytes_.resize(bytes_.size() + count); }
+    void append(std::span<const std::uint8_t> bytes);
+    void zeros(std::size_t count);
     /// Zeros up to a size; what is longer stays.
-    void fillTo(std::size_t wanted) { bytes_.resize(std::max(wanted, bytes_.size())); }
+    void fillTo(std::size_t wanted);
     template <class T>
     void put(T value) {
         static_assert(std::is_trivially_copyable_v<T>);

@@ -45,72 +45,66 @@ void shufflePart(SetupRig& rig, int part, Dice& dice) {
     rig.part(part).location = dice.below(1 << 15);
 }
 
-void shuffle(SetupRig& rig, Dice& dice) {
-    rig.settings.memoryUse = 0.5f * static_cast<float>(dice.below(3));
-    rig.settings.velocitySensitivity = dice.value();
-    rig.settings.touchSensitivity = dice.value();
-    rig.settings.lift = dice.value();
-    rig.settings.combiPreload = dice.below(3);
-    rig.settings.combiNextController = dice.below(129) - 1;
-    rig.settings.combiPreviousController = dice.below(129) - 1;
-    rig.multi.tune.semitones = dice.below(49) - 24;
-    rig.multi.tune.fraction = dice.value() - 0.5f;
-    rig.multi.generalMidi = dice.below(2) == 1;
-    for (auto& entry : rig.multi.combis.entries)
-        entry = dice.below(2) == 0 ? -1 : firstCombi + dice.below(1024);
-    rig.access.setProgramName("Song " + std::to_string(dice.below(1000)));
-    rig.parameters.set(0, dice.value());
-    for (int part = 1; part < parts; ++part)
-        rig.parameters.set(part * partRows + strip::link, static_cast<float>(dice.below(2)));
-    for (int number = firstSendSlot; number <= elementTotal; ++number) {
-        rig.engine.master().setText(number, "Master " + std::to_string(dice.below(1000)));
-        for (int i = 0; i < elementParameters; ++i)
-            rig.engine.master().recall(number, i, dice.value());
-        rig.engine.master().recall(number, elementIndex::type, 0.0f);
-    }
-    for (int part = 0; part < parts; ++part) {
-        if (dice.below(4) == 0)
-            rig.patches.clear(rig.engine, part);
-        else
-            shufflePart(rig, part, dice);
-    }
+/// Settings that no new rig has.
+void mark(SetupRig& rig) {
+    rig.access.setProgramName("Marked");
+    rig.settings.velocitySensitivity = 0.9f;
+    rig.settings.touchSensitivity = 0.4f;
+    rig.settings.memoryUse = 1.0f;
+    rig.settings.lift = 0.8f;
+    rig.multi.tune.semitones = 3;
+    rig.multi.tune.fraction = -0.25f;
+    rig.multi.generalMidi = true;
+    for (auto& entry : rig.multi.combis.entries) entry = 0x7810;
+    rig.multi.combis.current = 5;
+    rig.settings.combiPreload = 2;
+    rig.settings.combiNextController = 7;
+    rig.settings.combiPreviousController = 8;
+    rig.parameters.set(0, 0.75f);
+    for (const int part : {1, 3, 15}) rig.parameters.set(part * partRows + strip::link, 1.0f);
 }
 
 TEST(BankChunk, BringsEverythingBack) {
     for (unsigned seed = 1; seed <= 8; ++seed) {
         Dice dice{std::mt19937{seed}};
         SetupRig rig, other;
-        shuffle(rig, dice);
-        rig.multi.combis.current = 5;  // which a song does not bring back
+        mark(rig);
+        for (int number = firstSendSlot; number <= elementTotal; ++number) {
+            rig.engine.master().setText(number, "Master " + std::to_string(dice.below(1000)));
+            for (int i = 0; i < elementParameters; ++i)
+                rig.engine.master().recall(number, i, i == elementIndex::type ? 0 : dice.value());
+        }
+        for (int part = 0; part < parts; ++part) {
+            if (dice.below(4) == 0)
+                rig.patches.clear(rig.engine, part);
+            else
+                shufflePart(rig, part, dice);
+        }
         Bytes bank = rig.bank();
         if (seed % 2 == 0) other.put(3, "Former", 0.9f);
         ASSERT_TRUE(other.read(bank));
+        // Which combi was the last a song does not bring back.
         poke(bank, peek(bank, bankLayout::globalOffset) + globalLayout::currentCombi, ~0u);
-        const Bytes again = other.bank();
-        ASSERT_EQ(again.size(), bank.size());
-        const auto differs = std::mismatch(again.begin(), again.end(), bank.begin());
-        EXPECT_EQ(differs.first - again.begin(), static_cast<std::ptrdiff_t>(bank.size()))
-            << "first byte that differs, seed " << seed;
-
+        EXPECT_EQ(other.bank(), bank) << seed;
         for (int part = 0; part < parts; ++part) {
             EXPECT_EQ(other.part(part).location, rig.part(part).location);
             EXPECT_EQ(other.word(part), static_cast<std::uint32_t>(rig.part(part).location.get()));
         }
         // What follows from the values has followed.
-        EXPECT_EQ(other.shared.tuningSemitones,
-                  static_cast<float>(rig.multi.tune.semitones) + rig.multi.tune.fraction.get());
-        EXPECT_EQ(other.shared.liftCompensation,
-                  Lift{}.set(rig.settings.lift, other.shared.sampleRate));
-        MidiCurve curve;
-        makeVelocityCurve(rig.settings.velocitySensitivity, curve);
-        for (std::size_t i = 0; i < curve.size(); ++i)
-            ASSERT_EQ(other.settings.velocityCurve[i].get(), curve[i].get());
+        EXPECT_EQ(other.shared.tuningSemitones, 2.75f);
+        EXPECT_EQ(other.shared.liftCompensation, Lift{}.set(0.8f, other.shared.sampleRate));
+        MidiCurve velocity, touch;
+        makeVelocityCurve(0.9f, velocity);
+        makeTouchCurve(0.4f, touch);
+        for (std::size_t i = 0; i < velocity.size(); ++i) {
+            ASSERT_EQ(other.settings.velocityCurve[i].get(), velocity[i].get());
+            ASSERT_EQ(other.settings.touchCurve[i].get(), touch[i].get());
+        }
         for (int index = masterFirst; index < hostParameters; ++index) {
             const HostAddress a = decodeHostIndex(index);
             ASSERT_EQ(other.parameters.get(index),
                       rig.engine.master().get(firstSendSlot + a.slot, hostRow(a).target));
         }
-        EXPECT_EQ(other.multi.combis.current, CombiTable::none);
         EXPECT_TRUE(other.multi.dirty);
     }
 }
@@ -131,10 +125,9 @@ TEST(BankChunk, EverythingLiesInItsPlace) {
     rig.settings.combiPreviousController = 90;
     const Bytes bank = rig.bank();
     const ByteView view{bank};
-    EXPECT_EQ(view.part(0, 4).text(), "QvRR");
-    const std::uint32_t header[] = {200050508, 0, 0x142, 0, 0, 88, 0};
-    for (std::size_t i = 0; i < std::size(header); ++i) EXPECT_EQ(peek(bank, 4 + 4 * i), header[i]);
-    EXPECT_EQ(view.from(88).part(12, 1).text(), "P");
+    const std::uint32_t header[] = {0x52527651, 200050508, 0, 0x142, 0, 0, 88, 0};
+    for (std::size_t i = 0; i < std::size(header); ++i) EXPECT_EQ(peek(bank, 4 * i), header[i]);
+    EXPECT_EQ(peek(bank, 88 + 12), 0x150u);
     EXPECT_EQ(peek(bank, 88 + 16), 0x0507u);
     const std::size_t master = peek(bank, 80), globals = peek(bank, 84);
     EXPECT_EQ(globals, master + 4224);
@@ -150,52 +143,30 @@ TEST(BankChunk, EverythingLiesInItsPlace) {
     EXPECT_EQ(rig.engine.patch(2).idWord(), 0x0507u);
 }
 
-/// Settings that no restored bank of another rig has by chance.
-void mark(SetupRig& rig) {
-    rig.access.setProgramName("Marked");
-    rig.settings.velocitySensitivity = 0.9f;
-    rig.settings.lift = 0.8f;
-    rig.multi.tune.semitones = 3;
-    rig.multi.generalMidi = true;
-    for (auto& entry : rig.multi.combis.entries) entry = 0x7810;
-    rig.settings.combiPreload = 2;
-    rig.settings.combiNextController = 7;
-    rig.settings.combiPreviousController = 8;
-    rig.parameters.set(0, 0.75f);
-    rig.parameters.set(partRows, 1.0f);
-}
-
 TEST(BankChunk, OldGlobalBlocksEndWhereTheySay) {
     SetupRig source;
     mark(source);
     const Bytes whole = source.bank();
     const std::size_t globals = peek(whole, bankLayout::globalOffset);
-    for (const std::uint32_t size : {3u, 4u, 20u, 51u, 52u, 63u, 64u, 79u, 80u, 95u, 96u, 592u,
-                                     600u, 604u, 608u, 0xFFFFFFFFu}) {
-        SCOPED_TRACE(size);
+    const struct {
+        std::uint32_t size;
+        std::size_t texts;  // of the song that are read
+    } blocks[] = {{0, 0},   {3, 0},   {4, 1},   {20, 2},  {51, 2},   {52, 3},  {63, 3},
+                  {64, 4},  {79, 4},  {80, 5},  {95, 5},  {96, 6},   {592, 7}, {599, 7},
+                  {600, 8}, {603, 8}, {604, 9}, {607, 9}, {608, 10}, {~0u, 10}};
+    for (const auto& block : blocks) {
         Bytes bank = whole;
-        poke(bank, globals, size);
+        poke(bank, globals, block.size);
         // As in an old bank, the data may end with the block.
-        if (size % 8 != 0) bank.resize(globals + 4 + std::min(size, 608u));
+        if (block.size % 8 != 0) bank.resize(globals + 4 + std::min(block.size, 608u));
         SetupRig rig;
+        auto expected = rig.song();
+        std::copy_n(source.song().begin(), block.texts, expected.begin());
         rig.multi.combis.lastController = 9;
-        rig.parameters.set(strip::lock, 1.0f);
-        rig.parameters.set(15 * partRows + strip::lock, 1.0f);
+        for (const int part : {0, 15}) rig.parameters.set(part * partRows + strip::lock, 1.0f);
         ASSERT_TRUE(rig.read(bank));
-        EXPECT_EQ(rig.parameters.get(0), size >= 4 ? 0.75f : 0.5f);
-        EXPECT_EQ(rig.part(0).linked, size >= 20);
-        EXPECT_STREQ(rig.programName.data(), size >= 52 ? "Marked" : "Stratovane 2");
-        EXPECT_EQ(rig.settings.velocitySensitivity, size >= 64 ? 0.9f : 0.5f);
-        EXPECT_EQ(rig.multi.tune.semitones, size >= 80 ? 3 : 0);
-        EXPECT_EQ(rig.settings.lift, size >= 80 ? 0.8f : 0.33f);
-        EXPECT_EQ(rig.multi.generalMidi, size >= 80);
-        const int slots = size >= 592 ? 128 : size >= 96 ? 4 : 0;
-        for (int slot = 0; slot < 128; ++slot)
-            ASSERT_EQ(rig.multi.combis.at(slot), slot < slots ? 0x7810 : -1) << slot;
-        EXPECT_EQ(rig.settings.combiPreload, size >= 600 ? 2 : 0);
-        EXPECT_EQ(rig.settings.combiPreviousController, size >= 604 ? 8 : -1);
-        EXPECT_EQ(rig.settings.combiNextController, size >= 608 ? 7 : -1);
-        EXPECT_EQ(rig.multi.combis.lastController, size > 600 ? 63 : 9);
+        EXPECT_EQ(rig.song(), expected) << block.size;
+        EXPECT_EQ(rig.multi.combis.lastController, block.size > 600 ? 63 : 9);
         for (const int part : {0, 15})
             EXPECT_EQ(rig.parameters.get(part * partRows + strip::lock), 0.0f);
     }
@@ -205,57 +176,44 @@ TEST(BankChunk, KeepsAChainThatIsThere) {
     SetupRig source, rig;
     mark(source);
     rig.multi.combis.entries[5] = 0x7F01;
-    rig.multi.combis.current = 5;
+    rig.multi.combis.current = 6;
     rig.settings.combiNextController = 33;
+    auto expected = rig.song();  // whose first five texts come from the bank
+    std::copy_n(source.song().begin(), 5, expected.begin());
     ASSERT_TRUE(rig.read(source.bank()));
-    EXPECT_EQ(rig.multi.combis.at(5), 0x7F01);
-    EXPECT_EQ(rig.multi.combis.at(6), -1);
-    EXPECT_EQ(rig.multi.combis.current, 5);
-    EXPECT_EQ(rig.settings.combiNextController, 33);
-    EXPECT_EQ(rig.settings.combiPreload, 0);
-    EXPECT_STREQ(rig.programName.data(), "Marked");  // the rest came
+    EXPECT_EQ(rig.song(), expected);
+    EXPECT_EQ(rig.multi.combis.current, 6);
 }
 
 TEST(BankChunk, LimitsWhatItReads) {
     SetupRig source, rig;
     Bytes bank = source.bank();
     const std::size_t g = peek(bank, bankLayout::globalOffset);
-    poke(bank, g + 4, nan);
-    poke(bank, g + 56, 7.0f);
-    poke(bank, g + 60, -1.0f);
-    poke(bank, g + 64, nan);
-    poke(bank, g + 68, std::int32_t{-99});
-    poke(bank, g + 72, std::numeric_limits<float>::infinity());
-    poke(bank, g + 76, 2.0f);
-    poke(bank, g + 80, std::int32_t{-5});
-    poke(bank, g + 84, std::int32_t{5});  // no combi
-    poke(bank, g + 88, std::int32_t{32767});
-    poke(bank, g + 600, std::int32_t{77});
-    poke(bank, g + 604, std::int32_t{200});
-    poke(bank, g + 608, std::int32_t{-9});
+    const auto put = [&bank](std::size_t at, auto... values) {
+        ((poke(bank, at, values), at += sizeof values), ...);
+    };
+    put(g + 4, nan);
     std::fill_n(bank.begin() + static_cast<std::ptrdiff_t>(g + 24), 32, 'x');  // without an end
-    const std::size_t effect = peek(bank, bankLayout::masterOffset) + 2 * elementBytes;
-    poke(bank, effect + 32 + 4 * elementIndex::type, 0.5f);
-    poke(bank, effect + 32 + 4 * elementIndex::level, nan);
-    poke(bank, effect + 32 + 4 * elementIndex::pan, 3.0f);
+    put(g + 56, 7.0f, -1.0f, nan, -99, std::numeric_limits<float>::infinity(), 2.0f, -5);
+    put(g + 84, 5, 32767, 32768, -2);  // only the second is a combi
+    put(g + 600, 77, 200, -9);
+    const std::size_t effect = peek(bank, bankLayout::masterOffset) + 2 * elementBytes + 32;
+    put(effect + 4 * elementIndex::type, 0.5f);
+    put(effect + 4 * elementIndex::level, nan, 3.0f);
+    auto expected = rig.song();
+    for (const auto& [text, limited] : {std::pair{0, "0 "},
+                                        {3, "1 0 0 "},
+                                        {4, "-24 0 1 0 "},
+                                        {5, "-1 32767 -1 -1 "},
+                                        {7, "2 "},
+                                        {8, "127 "}})
+        expected[static_cast<std::size_t>(text)] = limited;
+    expected[2] = std::string(31, 'x');
     ASSERT_TRUE(rig.read(bank));
-    EXPECT_EQ(rig.parameters.get(0), 0.0f);
-    EXPECT_EQ(rig.settings.velocitySensitivity, 1.0f);
-    EXPECT_EQ(rig.settings.touchSensitivity, 0.0f);
-    EXPECT_EQ(rig.settings.memoryUse, 0.0f);
-    EXPECT_EQ(rig.multi.tune.semitones, -24);
-    EXPECT_EQ(rig.multi.tune.fraction, 0.0f);
-    EXPECT_EQ(rig.settings.lift, 1.0f);
-    EXPECT_FALSE(rig.multi.generalMidi);
-    EXPECT_EQ(rig.multi.combis.at(0), -1);
-    EXPECT_EQ(rig.multi.combis.at(1), 32767);
-    EXPECT_EQ(rig.settings.combiPreload, 2);
-    EXPECT_EQ(rig.settings.combiPreviousController, 127);
-    EXPECT_EQ(rig.settings.combiNextController, -1);
+    EXPECT_EQ(rig.song(), expected);
     EXPECT_EQ(rig.engine.master().get(67, elementIndex::type), 0.0f);  // a slot holds an effect
     EXPECT_EQ(rig.parameters.get(masterFirst + 2 * 24 + 18), 0.0f);
     EXPECT_EQ(rig.parameters.get(masterFirst + 2 * 24 + 19), 1.0f);
-    EXPECT_EQ(std::string_view{rig.programName.data()}, std::string(31, 'x'));
 }
 
 TEST(BankChunk, RefusesWhatItCannotRead) {
@@ -272,30 +230,30 @@ TEST(BankChunk, RefusesWhatItCannotRead) {
         return bytes;
     };
     const std::string later = "Sorry, this bank requires a later version of Stratovane";
-    using Wanted = ChunkReader::Wanted;
+    constexpr auto asBank = ChunkReader::Wanted::bank, asPreset = ChunkReader::Wanted::preset;
     const struct {
         Bytes chunk;
-        Wanted wanted;
+        ChunkReader::Wanted wanted;
         std::string message;
     } cases[] = {
-        {{}, Wanted::bank, "Error loading chunk (, 0 bytes)"},
-        {cutTo(bank, 3), Wanted::bank, "Error loading chunk (QvR, 3 bytes)"},
-        {cutTo(bank, 999), Wanted::bank, "Error loading chunk (QvRR, 999 bytes)"},
-        {cutTo(bank, 2000001), Wanted::bank, "Error loading chunk (QvRR, 2000001 bytes)"},
-        {with(bank, 0, 0x64636261), Wanted::bank, "Error loading chunk (abcd, %d bytes)"},
-        {with(bank, 12, 0x143), Wanted::bank, "Error loading bank (QvRR, version 2.0.508)"},
-        {with(bank, 12, 0x242), Wanted::bank, "Error loading bank (QvRR, version 2.0.508)"},
-        {with(bank, 4, 10030814), Wanted::bank, "Error loading bank (QvRR, version 0.0.814)"},
-        {with(with(bank, 4, 123456789), 12, 0x99), Wanted::bank,
+        {{}, asBank, "Error loading chunk (, 0 bytes)"},
+        {cutTo(bank, 3), asBank, "Error loading chunk (QvR, 3 bytes)"},
+        {cutTo(bank, 999), asBank, "Error loading chunk (QvRR, 999 bytes)"},
+        {cutTo(bank, 2000001), asBank, "Error loading chunk (QvRR, 2000001 bytes)"},
+        {with(bank, 0, 0x64636261), asBank, "Error loading chunk (abcd, %d bytes)"},
+        {with(bank, 12, 0x143), asBank, "Error loading bank (QvRR, version 2.0.508)"},
+        {with(bank, 12, 0x242), asBank, "Error loading bank (QvRR, version 2.0.508)"},
+        {with(bank, 4, 10030814), asBank, "Error loading bank (QvRR, version 0.0.814)"},
+        {with(with(bank, 4, 123456789), 12, 0x99), asBank,
          "Error loading bank (QvRR, version 1.3.6789)"},
-        {with(bank, 4, 220000000), Wanted::bank, later},
-        {with(bank, 4, 220000001), Wanted::bank, later},
-        {with(bank, 4, 0xF0000000), Wanted::bank, later},
-        {with(with(bank, 4, 220000001), 12, 0x99), Wanted::bank, later},
-        {bank, Wanted::preset, "Error loading chunk (QvRR, %d bytes)"},
-        {cutTo(preset, 1500), Wanted::preset, "Error loading chunk (QvRR, 1500 bytes)"},
-        {with(preset, 20, 65), Wanted::bank, "Error loading chunk (QvRR, %d bytes)"},
-        {with(preset, 4, 220000000), Wanted::preset, later},
+        {with(bank, 4, 220000000), asBank, later},
+        {with(bank, 4, 220000001), asBank, later},
+        {with(bank, 4, 0xF0000000), asBank, later},
+        {with(with(bank, 4, 220000001), 12, 0x99), asBank, later},
+        {bank, asPreset, "Error loading chunk (QvRR, %d bytes)"},
+        {cutTo(preset, 1500), asPreset, "Error loading chunk (QvRR, 1500 bytes)"},
+        {with(preset, 20, 65), asBank, "Error loading chunk (QvRR, %d bytes)"},
+        {with(preset, 4, 220000000), asPreset, later},
     };
     rig.put(4, "Stays", 0.4f);
     rig.engine.patch(4).store(0, global::latch, 1.0f);
@@ -360,12 +318,15 @@ TEST(BankChunk, DamagedOffsetsCostOnlyWhatTheyPointAt) {
 
 TEST(BankChunk, SurvivesDamageOfEveryKind) {
     User user;
-    SetupRig source;
+    SetupRig source, rig;
     // Other damage in every run of --gtest_repeat with --gtest_shuffle.
     Dice dice{std::mt19937{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())}};
     source.put(1, "Second", 0.25f);
     const Bytes whole = source.bank();
-    SetupRig rig;
+    const auto size = static_cast<int>(whole.size());
+    const auto any = [&dice](int from, int below) {
+        return static_cast<std::size_t>(from + dice.below(below - from));
+    };
     Transport transport;
     transport.setSampleRate(44100);
     const PartEventLists none;
@@ -373,30 +334,20 @@ TEST(BankChunk, SurvivesDamageOfEveryKind) {
     constexpr int rounds = 150;
     for (int round = 0; round < rounds; ++round) {
         Bytes bank = whole;
-        switch (round % 3) {
-            case 0:
-                bank.resize(static_cast<std::size_t>(dice.below(static_cast<int>(whole.size()))));
-                break;
-            case 1:
-                // Most of it where the structure is.
-                for (int flips = 1 + dice.below(5); flips > 0; --flips) {
-                    const int reach = dice.below(3) == 0 ? static_cast<int>(whole.size()) : 128;
-                    bank[static_cast<std::size_t>(4 + dice.below(reach - 4))] =
-                        static_cast<std::uint8_t>(dice.generator());
-                }
-                break;
-            default:
-                poke(bank, static_cast<std::size_t>(16 + 4 * dice.below(18)),
-                     static_cast<std::uint32_t>(dice.below(static_cast<int>(whole.size()) + 40)));
-        }
+        if (round % 3 == 0) bank.resize(any(0, size));
+        if (round % 3 == 1)  // most of it where the structure is
+            for (int flips = 1 + dice.below(5); flips > 0; --flips)
+                bank[any(4, dice.below(3) == 0 ? size : 128)] =
+                    static_cast<std::uint8_t>(dice.generator());
+        if (round % 3 == 2)
+            poke(bank, 4 * any(4, 22), static_cast<std::uint32_t>(any(0, size + 40)));
         if (rig.read(bank)) {
             ++accepted;
-            // What was accepted can be saved again and plays.
-            ASSERT_FALSE(rig.bank().empty());
+            ASSERT_FALSE(rig.bank().empty());  // what was accepted can be saved again
         } else {
             EXPECT_EQ(user.takeSaid().size(), 1u);
         }
-        // What has been replaced retires and is deleted as ever.
+        // It plays, and what has been replaced retires and is deleted as ever.
         for (int block = 0; block < 5; ++block)
             rig.engine.render({&none, nullptr, 32, true}, transport);
         for (int part = 0; part < 2 * parts; ++part) rig.engine.idle();
@@ -409,25 +360,23 @@ TEST(GlobalBlock, IsReadWithinItsBytes) {
     SetupRig source;
     mark(source);
     const Bytes bank = source.bank();
-    const auto whole =
-        Bytes(bank.begin() + static_cast<std::ptrdiff_t>(peek(bank, bankLayout::globalOffset)),
-              bank.end());
+    const Bytes whole(bank.end() - globalLayout::bytes, bank.end());
     Dice dice{std::mt19937{7}};
     for (int round = 0; round < 20000; ++round) {
-        // Of exactly its size, so that a byte beyond it is found out.
         Bytes block = whole;
         for (int flips = dice.below(20); flips > 0; --flips)
-            block[static_cast<std::size_t>(dice.below(620))] =
+            block[static_cast<std::size_t>(dice.below(globalLayout::bytes))] =
                 static_cast<std::uint8_t>(dice.generator());
         if (dice.below(2) == 0) poke(block, 0, static_cast<std::uint32_t>(dice.below(700)));
-        const auto cut = static_cast<std::ptrdiff_t>(dice.below(621));
-        const GlobalBlock read = readGlobalBlock(Bytes(block.begin(), block.begin() + cut));
+        // Of exactly its size, so that a byte beyond it is found out.
+        const GlobalBlock read = readGlobalBlock(
+            Bytes(block.begin(), block.begin() + dice.below(globalLayout::bytes + 1)));
         if (read.tuning) {
             ASSERT_LE(std::abs(read.tuning->semitones), 24);
             ASSERT_LE(std::fabs(read.tuning->fraction), 24.0f);
         }
         if (read.combis) {
-            ASSERT_TRUE(read.combis->preload >= 0 && read.combis->preload <= 2);
+            ASSERT_EQ(read.combis->preload, std::clamp(read.combis->preload, 0, 2));
         }
     }
 }

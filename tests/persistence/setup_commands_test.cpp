@@ -13,6 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
+constexpr auto byEditor = LibraryLoader::AskedBy::editor,
+               byMessage = LibraryLoader::AskedBy::message;
 
 /// A rig whose library holds some patches, and combis of which each plays a patch of its own name.
 struct Commands : testing::Test {
@@ -50,11 +52,6 @@ struct Commands : testing::Test {
     }
     std::string nameAt(int bank, int program) const {
         return std::string{rig.library.programName(bank, program)};
-    }
-    std::string nameInFile(const std::string& path) {
-        SetupRig reader;
-        if (!reader.user.files.read(reader.engine, 0, folder / path)) return "unreadable";
-        return std::string{reader.engine.patch(0).name()};
     }
 };
 
@@ -138,60 +135,58 @@ TEST_F(Commands, ProgramsAreLoadedAndSteppedThrough) {
     putPatch("Patches/005 Mine/003 First.fxp", "in the record", 0.25f);
     putPatch("Patches/005 Mine/007 [Second.fxp", "in the record", 0.75f);
     open();
-    const auto load = [&](std::int32_t location, LibraryLoader::AskedBy by) {
-        return rig.programs.load(rig.engine, 2, location, by);
+    constexpr std::uint32_t waits = programWaits | 0x0101;
+    const struct {
+        std::int32_t location;
+        LibraryLoader::AskedBy by;
+        std::int32_t answer;
+        std::uint32_t word;
+        int bank;
+        const char* name;
+    } steps[] = {
+        {LibraryLoader::next, byEditor, 0, waits, 9, ""},  // from nowhere
+        {0x0503, byMessage, 0x0503, waits, 9, "First"},    // what waits came behind the message
+        {LibraryLoader::next, byEditor, 0x0507, 0x0507, 5, "Second"},
+        {LibraryLoader::next, byEditor, 0, 0x0507, 5, "Second"},
+        {LibraryLoader::again, byEditor, 0x0507, 0x0507, 5, "Second"},
+        {LibraryLoader::previous, byEditor, 0x0503, 0x0503, 5, "First"},
+        {LibraryLoader::previous, byEditor, 0, 0x0503, 5, "First"},
     };
-    constexpr auto editor = LibraryLoader::AskedBy::editor,
-                   message = LibraryLoader::AskedBy::message;
-    EXPECT_EQ(load(LibraryLoader::next, editor), 0);  // from nowhere
     rig.part(2).bankSelect = 9;
-    rig.part(2).pendingProgram.store(programWaits | 0x0101);
-    EXPECT_EQ(load(0x0503, message), 0x0503);
-    EXPECT_EQ(rig.part(2).bankSelect, 9);
-    EXPECT_EQ(rig.word(2), programWaits | 0x0101);  // came behind the message
-    EXPECT_EQ(load(LibraryLoader::next, editor), 0x0507);
-    EXPECT_EQ(rig.part(2).bankSelect, 5);
-    EXPECT_EQ(rig.word(2), 0x0507u);
-    EXPECT_EQ(rig.engine.patch(2).name(), "Second");
-    EXPECT_EQ(load(LibraryLoader::next, editor), 0);
-    EXPECT_EQ(load(LibraryLoader::again, editor), 0x0507);
-    EXPECT_EQ(load(LibraryLoader::previous, editor), 0x0503);
-    EXPECT_EQ(load(LibraryLoader::previous, editor), 0);
-    EXPECT_EQ(rig.engine.patch(2).name(), "First");
+    rig.part(2).pendingProgram.store(waits);
+    for (const auto& step : steps) {
+        EXPECT_EQ(rig.programs.load(rig.engine, 2, step.location, step.by), step.answer);
+        EXPECT_EQ(rig.word(2), step.word);
+        EXPECT_EQ(rig.part(2).bankSelect, step.bank);
+        EXPECT_EQ(rig.engine.patch(2).name(), step.name);
+    }
     rig.part(2).pendingProgram.store(0x0504);
-    EXPECT_EQ(load(0x0504, message), 0);  // nothing there: the word returns
-    EXPECT_EQ(rig.word(2), 0x0503u);
+    EXPECT_EQ(rig.programs.load(rig.engine, 2, 0x0504, byMessage), 0);
+    EXPECT_EQ(rig.word(2), 0x0503u);  // nothing there: the word returns
 }
 
 TEST_F(Commands, CombisReplaceTheWholeSetup) {
     putCombi("Patches/120 Sets/001 _Quartet.fxb", "Violin", 3);
     folder.put("Patches/120 Sets/002 Broken.fxb", std::string(2000, 'x'));
     open();
-    for (int part = 0; part < parts; ++part) rig.part(part).pendingProgram.store(0xFFFF);
-    rig.part(4).pendingProgram.store(programWaits | 0x0102);
     rig.multi.defaultPatchWanted = true;
-    constexpr auto message = LibraryLoader::AskedBy::message;
-    EXPECT_EQ(rig.programs.load(rig.engine, 15, 0x7801, message), 0x7801);
-    EXPECT_STREQ(rig.programName.data(), "Quartet");
-    EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
-    EXPECT_EQ(rig.engine.patch(0).name(), "");
-    EXPECT_EQ(rig.part(3).location, 0x0304);
-    EXPECT_EQ(rig.word(3), 0x0304u);
-    EXPECT_EQ(rig.word(4), programWaits | 0x0102);
-    EXPECT_EQ(rig.word(15), 0u);
-    EXPECT_EQ(rig.part(15).location, 0);
+    // The second is refused: words return to what the parts play.
+    for (const std::int32_t combi : {0x7801, 0x7802}) {
+        for (int part = 0; part < parts; ++part) rig.part(part).pendingProgram.store(0xFFFF);
+        rig.part(4).pendingProgram.store(programWaits | 0x0102);
+        EXPECT_EQ(rig.programs.load(rig.engine, 15, combi, byMessage), combi == 0x7801 ? combi : 0);
+        EXPECT_STREQ(rig.programName.data(), "Quartet");
+        EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
+        EXPECT_EQ(rig.engine.patch(0).name(), "");
+        EXPECT_EQ(rig.word(3), 0x0304u);
+        EXPECT_EQ(rig.word(4), programWaits | 0x0102);
+        EXPECT_EQ(rig.word(15), 0u);
+        EXPECT_EQ(rig.part(15).location, 0);
+    }
+    EXPECT_EQ(user.takeSaid(), Lines{"Error loading chunk (xxxx, 1840 bytes)"});
     EXPECT_FALSE(rig.multi.defaultPatchWanted);
     EXPECT_TRUE(rig.multi.patchLoaded);
-
-    for (int part = 0; part < parts; ++part) rig.part(part).pendingProgram.store(0xFFFF);
-    EXPECT_EQ(rig.programs.load(rig.engine, 15, 0x7802, message), 0);
-    EXPECT_EQ(user.takeSaid(), Lines{"Error loading chunk (xxxx, 1840 bytes)"});
-    EXPECT_EQ(rig.word(3), 0x0304u);
-    EXPECT_EQ(rig.word(15), 0u);
-    EXPECT_EQ(rig.engine.patch(3).name(), "Violin");
-
-    rig.part(4).pendingProgram.store(programWaits | 0x0102);
-    EXPECT_EQ(rig.programs.load(rig.engine, 2, 0x7801, LibraryLoader::AskedBy::editor), 0x7801);
+    EXPECT_EQ(rig.programs.load(rig.engine, 2, 0x7801, byEditor), 0x7801);
     EXPECT_EQ(rig.word(4), 0u);  // the user came later
     EXPECT_FALSE(rig.inside);
 }
@@ -220,7 +215,6 @@ TEST_F(Commands, SlotsOfTheChain) {
     EXPECT_EQ(chain.label(7), "007 Empty slot");
     rig.settings.oneBasedNumbers = true;
     EXPECT_EQ(chain.label(127), "128 Quartet");
-    EXPECT_EQ(rig.multi.combis.current, -1);
     chain.select(rig.engine, 9);
     EXPECT_EQ(rig.multi.combis.current, 9);
     EXPECT_EQ(rig.engine.patch(0).name(), "Sawtooth");  // an empty slot loads nothing
@@ -289,14 +283,16 @@ TEST_F(Commands, PartsAreCopiedAndMoved) {
     Patch& model = rig.put(0, "Model", 0.25f);
     model.scenes().put(1, std::make_shared<const Scene>(Scene{.name = "One"}));
     model.store(0, 23, 0.1f);  // below what the host's "Arp. Rate" reaches
-    rig.parameters.set(strip::pan, 0.9f);
-    rig.parameters.set(strip::output, 0.08f);
-    rig.parameters.set(strip::firstKnob + 2, 0.3f);
-    rig.parameters.set(50, 0.4f);           // of no meaning, but the host's
-    rig.parameters.set(56 + 24 + 3, 0.7f);  // of the second insert effect
-    rig.parameters.set(5 * partRows + strip::link, 1.0f);
-    rig.parameters.set(5 * partRows + strip::lock, 1.0f);
-    rig.parameters.set(5 * partRows + strip::mute, 1.0f);
+    // Row 50 means nothing but to the host; 83 is of the second insert effect.
+    for (const auto& [row, value] : {std::pair{strip::pan, 0.9f},
+                                     {strip::output, 0.08f},
+                                     {strip::firstKnob + 2, 0.3f},
+                                     {50, 0.4f},
+                                     {56 + 24 + 3, 0.7f},
+                                     {5 * partRows + strip::link, 1.0f},
+                                     {5 * partRows + strip::lock, 1.0f},
+                                     {5 * partRows + strip::mute, 1.0f}})
+        rig.parameters.set(row, value);
     rig.part(0).location = 0x0203;
     // The first send is the shared reverb, which a copy must neither take along nor touch.
     Patch& master = rig.engine.master();
@@ -322,7 +318,6 @@ TEST_F(Commands, PartsAreCopiedAndMoved) {
             << k;
     }
     EXPECT_EQ(rig.host(5, strip::link), 1.0f);
-    EXPECT_EQ(copy.get(0, global::pan), 0.9f);
     EXPECT_EQ(copy.get(66, 27), 0.7f);
     EXPECT_EQ(rig.part(5).knobs[2], 0.3f);
     EXPECT_EQ(rig.part(5).location, 0x0203);
@@ -341,99 +336,85 @@ TEST_F(Commands, PartsAreCopiedAndMoved) {
 
 // Saving to the library.
 
-TEST_F(Commands, PatchesGoIntoUserBanks) {
+TEST_F(Commands, SavingFindsItsPlace) {
     putPatch("Patches/005 Mine/003 Lead.fxp", "Lead");
+    putPatch("Patches/110 Old ones/004 Old.FXP", "Old", 0.1f);
+    putCombi("Patches/122 Sets/002 Song.fxb", "Violin", 3);
+    putPatch("Patches/122 Sets/006 Odd.fxp", "Odd");
     open();
-    LibrarySaver& saver = rig.user.saver;
-    EXPECT_EQ(saver.save(rig.engine, 1, 100), -1);  // nothing to save
-    rig.put(1, "So/ft: \"Pad\"", 0.3f);
-    rig.part(1).pendingProgram.store(programWaits | 7);
-    // A bank without a folder is made; no other bank than one of the user's is taken.
-    EXPECT_EQ(saver.save(rig.engine, 1, 5), 100 << 8);
-    EXPECT_EQ(files("Patches/100 User"), Lines{"000 So_ft_ _Pad_.fxp"});
-    EXPECT_EQ(rig.part(1).location, 100 << 8);
-    EXPECT_EQ(rig.word(1), 100u << 8);
+    const std::string pad = "So/ft: \"Pad\"", padAgain = "Overwrite " + pad + " in User?";
+    constexpr int userBank = 100 << 8, setup = 16;
+    const struct {
+        int part;  // or the whole setup
+        std::string name;
+        std::int32_t from;
+        int bank;
+        std::vector<int> answers;
+        std::int32_t place;
+        Lines said;
+    } saves[] = {
+        {1, "", 0, 100, {}, -1, {}},
+        // A bank without a folder is made; no other bank than one of the user's is taken.
+        {1, pad, 0, 5, {}, userBank, {}},
+        {1, pad, userBank, 119, {1}, userBank, {padAgain}},
+        // No: not asked a second time for the same bank, but for another one with such a patch.
+        {1, pad, userBank, 100, {0}, userBank + 1, {padAgain}},
+        {1, pad, 0, 100, {1}, userBank, {padAgain}},
+        {1, pad, 0, 100, {0}, userBank + 2, {padAgain}},
+        // A patch of a factory folder may go back there.
+        {2, "Lead", 0x0503, 100, {1}, 0x0503, {"Overwrite Lead in Mine?"}},
+        {2, "Lead", 0x0503, 0, {0}, userBank + 3, {"Overwrite Lead in Mine?"}},
+        {3, "Elsewhere", 0x7A05, 0, {}, userBank + 4, {}},  // that is no patch's number
+        {4, "Near", 0x6E04, 0, {}, 0x6E00, {}},
+        {4, "Old", 0, 110, {1}, 0x6E04, {"Overwrite Old in Old ones?"}},
+        // Combis.
+        {setup, "My song", 0, 100, {}, 121 << 8, {}},
+        {setup, "My song", 0, 127, {}, 127 << 8, {}},
+        {-1, "Song", 0, 122, {1}, 0x7A02, {"Overwrite Song in Sets?"}},
+        {setup, "Odd", 0, 122, {1}, 0x7A06, {"Overwrite Odd in Sets?"}},
+        {setup, "", 0, 121, {}, -1, {}},
+    };
+    int patches = 0, all = 0;
+    for (const auto& save : saves) {
+        SCOPED_TRACE(testing::Message() << save.name << ' ' << save.place);
+        const bool isPatch = save.part >= 0 && save.part < parts;
+        if (isPatch) {
+            rig.put(save.part, save.name, 0.25f);
+            rig.part(save.part).location = save.from;
+            rig.part(save.part).pendingProgram.store(programWaits | 7);
+        } else {
+            rig.access.setProgramName(save.name);
+        }
+        user.willAnswer(save.answers);
+        EXPECT_EQ(rig.user.saver.save(rig.engine, save.part, save.bank), save.place);
+        EXPECT_EQ(user.takeSaid(), save.said);
+        all += save.place > 0;
+        patches += isPatch && save.place > 0;
+        EXPECT_EQ(rig.listUpdates, all);
+        EXPECT_EQ(rig.displayUpdates, patches);
+        if (!isPatch || save.place < 0) continue;
+        EXPECT_EQ(rig.part(save.part).location, save.place);
+        EXPECT_EQ(rig.word(save.part), static_cast<std::uint32_t>(save.place));
+    }
+    EXPECT_EQ(files("Patches/100 User"),
+              (Lines{"000 So_ft_ _Pad_.fxp", "001 So_ft_ _Pad_.fxp", "002 So_ft_ _Pad_.fxp",
+                     "003 Lead.fxp", "004 Elsewhere.fxp"}));
     EXPECT_EQ(nameAt(100, 0), "So_ft_ _Pad_");
-    EXPECT_EQ(rig.listUpdates, 1);
-    EXPECT_EQ(rig.displayUpdates, 1);
-    EXPECT_TRUE(user.takeSaid().empty());
-
-    // Again: it comes from there.
-    const std::string question = "Overwrite So/ft: \"Pad\" in User?";
-    rig.engine.patch(1).store(0, global::level, 0.8f);
-    user.willAnswer({1});
-    EXPECT_EQ(saver.save(rig.engine, 1, 119), 100 << 8);
-    EXPECT_EQ(user.takeSaid(), Lines{question});
-    // No: not asked a second time for the same bank, but for another one with such a patch.
-    user.willAnswer({0});
-    EXPECT_EQ(saver.save(rig.engine, 1, 100), (100 << 8) + 1);
-    EXPECT_EQ(user.takeSaid(), Lines{question});
-    rig.part(1).location = 0;
-    user.willAnswer({1});
-    EXPECT_EQ(saver.save(rig.engine, 1, 100), 100 << 8);
-    rig.part(1).location = 0;
-    user.willAnswer({0});
-    EXPECT_EQ(saver.save(rig.engine, 1, 100), (100 << 8) + 2);
-    EXPECT_EQ(user.takeSaid(), (Lines{question, question}));
-    EXPECT_EQ(files("Patches/100 User").size(), 3u);
-
-    // A patch of a factory folder may go back there.
-    rig.programs.load(rig.engine, 2, 0x0503, LibraryLoader::AskedBy::editor);
-    rig.engine.patch(2).setText(1, "Changed");
-    user.willAnswer({1});
-    EXPECT_EQ(saver.save(rig.engine, 2, 100), 0x0503);
-    EXPECT_EQ(user.takeSaid(), Lines{"Overwrite Lead in Mine?"});
+    // One file a number, also when it had another kind or spelling.
+    EXPECT_EQ(files("Patches/110 Old ones"), (Lines{"000 Near.fxp", "004 Old.FXP"}));
+    EXPECT_EQ(files("Patches/122 Sets"), (Lines{"002 Song.fxb", "006 Odd.fxb"}));
     SetupRig reader;
-    ASSERT_TRUE(reader.user.files.read(reader.engine, 0, folder / "Patches/005 Mine/003 Lead.fxp"));
-    EXPECT_EQ(reader.engine.patch(0).text(1), "Changed");
-    user.willAnswer({0});
-    EXPECT_EQ(saver.save(rig.engine, 2, 0), (100 << 8) + 3);
-    EXPECT_EQ(rig.part(2).location, (100 << 8) + 3);
-    // A combi's number is no place for a patch.
-    rig.put(3, "Elsewhere", 0.5f);
-    rig.part(3).location = 0x7A05;
-    EXPECT_EQ(saver.save(rig.engine, 3, 0), (100 << 8) + 4);
-}
-
-TEST_F(Commands, OverwritingKeepsOneFileANumber) {
-    putPatch("Patches/100 Old ones/004 Pad.FXP", "Pad", 0.1f);
-    putCombi("Patches/121 Sets/002 Song.fxb", "Violin", 3);
-    putPatch("Patches/121 Sets/006 Odd.fxp", "Odd");
-    open();
-    rig.put(0, "Pad", 0.9f);
-    user.willAnswer({1, 1, 1});
-    EXPECT_EQ(rig.user.saver.save(rig.engine, 0, 100), (100 << 8) + 4);
-    EXPECT_EQ(files("Patches/100 Old ones"), Lines{"004 Pad.FXP"});
-    EXPECT_EQ(nameInFile("Patches/100 Old ones/004 Pad.FXP"), "Pad");
-    rig.access.setProgramName("Song");
-    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 0), (121 << 8) + 2);
-    rig.access.setProgramName("Odd");
-    EXPECT_EQ(rig.user.saver.save(rig.engine, -1, 121), (121 << 8) + 6);
-    EXPECT_EQ(files("Patches/121 Sets"), (Lines{"002 Song.fxb", "006 Odd.fxb"}));
-    EXPECT_EQ(user.takeSaid(), (Lines{"Overwrite Pad in Old ones?", "Overwrite Song in Sets?",
-                                      "Overwrite Odd in Sets?"}));
-    EXPECT_EQ(rig.programs.load(rig.engine, 15, (121 << 8) + 6, LibraryLoader::AskedBy::editor),
-              (121 << 8) + 6);
-    EXPECT_EQ(rig.engine.patch(0).name(), "Pad");
-}
-
-TEST_F(Commands, CombisGoIntoCombiBanks) {
-    putPatch("Patches/005 Mine/003 Lead.fxp", "Lead");
-    open();
-    rig.put(4, "Here", 0.25f);
-    rig.access.setProgramName("My song");
-    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 100), 121 << 8);
-    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 127), 127 << 8);
-    EXPECT_EQ(files("Patches/121 User"), Lines{"000 My song.fxb"});
-    EXPECT_EQ(rig.displayUpdates, 0);
-    EXPECT_EQ(rig.listUpdates, 2);
-    // A file that came meanwhile is seen.
+    for (const char* path : {"Patches/110 Old ones/004 Old.FXP", "Patches/005 Mine/003 Lead.fxp"}) {
+        ASSERT_TRUE(reader.user.files.read(reader.engine, 0, folder / path));
+        EXPECT_EQ(reader.host(0, strip::level), 0.25f) << path;
+    }
+    EXPECT_EQ(rig.programs.load(rig.engine, 15, 0x7A06, byEditor), 0x7A06);
+    EXPECT_EQ(rig.engine.patch(1).name(), pad);
+    // A combi that came meanwhile is seen.
     fs::rename(folder / "Patches/121 User/000 My song.fxb",
                folder / "Patches/121 User/000 Other.fxb");
+    rig.access.setProgramName("My song");
     EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 121), (121 << 8) + 1);
-    rig.access.setProgramName("");
-    EXPECT_EQ(rig.user.saver.save(rig.engine, 16, 121), -1);
-    EXPECT_TRUE(user.takeSaid().empty());
 }
 
 TEST_F(Commands, SavingIsRefusedWithoutAPlace) {
@@ -442,10 +423,8 @@ TEST_F(Commands, SavingIsRefusedWithoutAPlace) {
     EXPECT_EQ(user.takeSaid().size(), 1u);
     file("Patches/100 Full/x");
     for (int i = 0; i < 128; ++i) {
-        char name[32];
-        TextOut out{name};
-        out.print("Patches/100 Full/%.3d P%d.fxp", i, i);
-        folder.put(std::string{out.view()}, "x");
+        const std::string digits = std::to_string(1000 + i).substr(1);
+        folder.put("Patches/100 Full/" + digits + " P.fxp", "x");
     }
     folder.put("Patches/101 One file.bank", "x");
     open();

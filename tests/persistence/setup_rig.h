@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -101,6 +102,30 @@ struct SetupRig : SetupListener {
     }
     /// Everything that a bank holds, as bytes.
     Bytes bank() { return writer.bank(engine); }
+    /// The settings that travel with a song, in the order in which a bank holds them, as texts of
+    /// what banks of one age or another end after.
+    std::vector<std::string> song() const {
+        const auto text = [](auto... values) {
+            std::ostringstream out;
+            ((out << values << ' '), ...);
+            return out.str();
+        };
+        std::string links, latterCombis;
+        for (const PartSetup& p : multi.part) links += p.linked ? '1' : '0';
+        for (int slot = 4; slot < 128; ++slot) latterCombis += text(multi.combis.at(slot));
+        const CombiTable& combis = multi.combis;
+        return {text(parameters.get(0)),
+                links,
+                programName.data(),
+                text(settings.velocitySensitivity, settings.touchSensitivity, settings.memoryUse),
+                text(multi.tune.semitones.get(), multi.tune.fraction.get(), settings.lift,
+                     multi.generalMidi.get()),
+                text(combis.at(0), combis.at(1), combis.at(2), combis.at(3)),
+                latterCombis,
+                text(settings.combiPreload),
+                text(settings.combiPreviousController.get()),
+                text(settings.combiNextController.get())};
+    }
 };
 
 template <class T>
