@@ -28,17 +28,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 const Bytes gmOn{0x7E, 0x7F, 9, 1}, gmOff{0x7E, 0x7F, 9, 2}, gm2On{0x7E, 0x7F, 9, 3};
 Bytes effectMessage(int effect, int parameter, int value) {
-    return {0x7F,
-            0x7F,
-            4,
-            5,
-            1,
-            1,
-            1,
-            1,
-            static_cast<std::uint8_t>(effect),
-            static_cast<std::uint8_t>(parameter),
-            static_cast<std::uint8_t>(value)};
+    Bytes message{0x7F, 0x7F, 4, 5, 1, 1, 1, 1};
+    for (const int byte : {effect, parameter, value})
+        message.push_back(static_cast<std::uint8_t>(byte));
+    return message;
 }
 constexpr int part(int number, int row) { return 152 * number + row; }
 constexpr int master(int slot, int row) { return 2432 + 24 * slot + row; }

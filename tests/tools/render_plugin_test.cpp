@@ -78,6 +78,38 @@ TEST_F(RenderPlugIn, PartsPlayIntoPairsOfTheirOwn) {
     EXPECT_NEAR(two / one, 9, 0.3);
 }
 
+TEST_F(RenderPlugIn, GeneralMidiSongsPlayWhatTheyAskFor) {
+    // Each sound has a level of its own.
+    addPatch("078 Melodies/005 Bell.fxp", 0.3f);
+    addPatch("079 Kits/000 Standard.fxp", 0.35f);
+    addPatch("079 Kits/008 Room.fxp", 0.45f);
+    // A reset, a sound, a kit and one there is not, a drum bank elsewhere, a volume behind its
+    // program, a plate, a chorus and its depth, a note of each.
+    Bytes events{0, 0xF0, 5, 0x7E, 0x7F, 9, 1, 0xF7};
+    const auto add = [&events](const Bytes& more) {
+        events.insert(events.end(), more.begin(), more.end());
+    };
+    add({0, 0xC1, 5, 0, 0xC9, 8, 0, 0xB2, 0, 120, 0, 0xC2, 9, 0, 0xC3, 5, 0, 0xB3, 7, 64});
+    for (const Bytes& set : {Bytes{1, 0, 8}, {1, 1, 100}, {2, 0, 4}, {2, 2, 70}, {1, 0, 7}}) {
+        add({0, 0xF0, 12, 0x7F, 0x7F, 4, 5, 1, 1, 1, 1});
+        add(set);
+        add({0xF7});
+    }
+    add({0, 0x99, 60, 100, 96, 60, 0, 0, 0x91, 60, 100, 96, 60, 0});
+    song(midi(events));
+    const Sound played = play("--save-bank all.fxb --tail none");
+    EXPECT_GT(played.peak(), 0.001);
+    EXPECT_NE(out_.find("Part 10: Room (bank 79, program 8)"), std::string::npos) << out_;
+    EXPECT_NE(out_.find("Part 2: Bell (bank 78, program 5)"), std::string::npos) << out_;
+    EXPECT_EQ(runRaw("--list-parameters --content content --bank all.fxb"), 0) << err_;
+    for (const char* line : {"Part 1  Level           -6.0 dB", "Part 2  Level           -14.9 d",
+                             "Part 3  Level           -12.2 d", "Part 4  Level           -5.9 dB",
+                             "Part 10  Level          -7.9 dB", "FX1  Time               1.11 s",
+                             "FX1  Output Level       -2.6 dB", "FX3  Depth              70 %",
+                             "FX3  Feedback           80 %", "FX3  Output Level       +1.3 dB"})
+        EXPECT_NE(out_.find(line), std::string::npos) << line << out_;
+}
+
 TEST_F(RenderPlugIn, WhatIsHeldEndsWithTheSong) {
     song(
         midi({0, 0xB0, 64, 127, 0, 0x90, 60, 100, 96, 60, 0, 0, 0x90, 64, 100, 96, 0xFF, 0x2F, 0}));
