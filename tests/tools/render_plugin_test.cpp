@@ -1,9 +1,5 @@
 // Songs through the instrument itself, with a content folder of a few patches.
-#include "base/engine_shared.h"
-#include "content/program_files.h"
-#include "patch/parameter_ids.h"
-#include "patch/patch.h"
-#include "patch/record_writer.h"
+#include "support/patch_file.h"
 #include "tools/render_fixture.h"
 
 namespace stratovane {
@@ -18,16 +14,7 @@ class RenderPlugIn : public Render {
         addPatch("078 Melodies/000 Grand.fxp", 0.5f);
     }
     void addPatch(const std::string& file, float level) {
-        const EngineShared shared;
-        Patch patch{shared};
-        patch.makeSawtooth();
-        patch.store(0, global::level, level);
-        const Bytes record = writePatchRecord(patch, nullptr);
-        Bytes bytes = presetFileHeader("x", record.size());
-        bytes.insert(bytes.end(), record.begin(), record.end());
-        const fs::path path = folder_ / "content" / "Patches" / file;
-        fs::create_directories(path.parent_path());
-        put(path, {bytes.begin(), bytes.end()});
+        putSawPatch(folder_ / "content" / "Patches" / file, level);
     }
     Sound play(const std::string& options) {
         const int exit = runRaw("song.mid -o out.wav --format float --content content " + options);
