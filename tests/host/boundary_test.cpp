@@ -105,6 +105,8 @@ TEST(Boundary, DescribesItsOutputs) {
     for (const Case& c : cases) {
         TestHost host{std::string{"Outputs="} + c.letters + "\n"};
         ASSERT_EQ(host.record->outputCount, c.outputs);
+        host.set(4, 1.0f);  // part 1's output, shown before anything has started
+        EXPECT_EQ(host.text(Opcode::getParameterDisplay, 4), std::to_string(c.outputs / 2));
         std::string labels;
         for (std::int32_t i = 0; i < c.outputs; ++i) {
             OutputProperties p;
