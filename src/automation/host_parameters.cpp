@@ -193,7 +193,7 @@ void HostParameters::showValue(TextOut& out, int index) const {
 
 void HostParameters::showOwn(TextOut& out, const HostAddress& a, float v) const {
     const Engine* engine = engine_.read();
-    const int pairs = engine == nullptr ? maxOutputPairs : engine->outputPairs();
+    const int pairs = engine == nullptr ? outputPairs_ : engine->outputPairs();
     switch (hostRow(a).show) {
         case HostShow::percent:
             return out.print("%.0f%%", v * 100.0f);

@@ -37,6 +37,9 @@ class HostParameters {
     /// once. UI thread.
     void attach(Engine& engine);
 
+    /// How many output pairs displays know, until there is an engine to tell. Construction.
+    void setOutputPairs(int pairs) { outputPairs_ = pairs; }
+
     /// Who is told of what is set; null for nobody. Construction.
     void observe(HostParameterObserver* observer) { observer_ = observer; }
 
@@ -84,6 +87,7 @@ class HostParameters {
     MultiSetup& multi_;
     CommandRing& commands_;
     HostParameterObserver* observer_ = nullptr;
+    int outputPairs_ = maxOutputPairs;
     Published<Engine> engine_;
     std::array<Shared<float>, hostParameters> values_;
 };

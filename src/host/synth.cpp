@@ -36,6 +36,7 @@ Synth::Synth(HostCallback host) : HostPluginBase{host, programCount, hostParamet
     trace_.write(TraceLevel::content, "content path: %s", settings_.contentLocation.c_str());
 
     record_.outputCount = 2 * settings_.outputs.pairs();
+    parameters_.setOutputPairs(settings_.outputs.pairs());
     record_.flags = canRenderReplacing | stateIsChunk | isInstrument;
     record_.uniqueId = fourCharacters("QvRR");
     record_.version = 1;

@@ -194,11 +194,9 @@ bool MidiInput::combiStep(int number, int value, std::int32_t frame) {
         combis.current = slot;
         multi_.refresh.bump();
         multi_.dirty = true;
+        multi_.part[parts - 1].bankSelect = location >> 8;
         if (!presence_.has(location >> 8, location & 255)) return true;
-        if (multi_.requests.hasRoom()) {
-            replaceWaiting(frame);
-            multi_.part[parts - 1].bankSelect = location >> 8;
-        }
+        if (multi_.requests.hasRoom()) replaceWaiting(frame);
         messages_.ask({Request::Kind::loadCombi, location, 0});
         return true;
     }

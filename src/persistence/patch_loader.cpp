@@ -100,7 +100,8 @@ void PatchLoader::clear(Engine& engine, int part, bool forMessage) {
     commands_.push(CommandKind::controller, part, CommandRing::allSoundOff, 0);
     auto empty = engine.makeInstance(part);
     empty->patch().recall(0, global::eco, settings_.memoryUse);
-    engine.adopt(part, std::move(empty));
+    engine.adopt(part, std::move(empty),
+                 forMessage ? Engine::AskedBy::message : Engine::AskedBy::editor);
     noteLocation(part, 0, forMessage);
     showToHost(part);
     for (auto& knob : multi_.part[static_cast<std::size_t>(part)].knobs) knob = 0.5f;

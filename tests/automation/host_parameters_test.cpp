@@ -38,73 +38,56 @@ struct Rig {
 
 TEST(HostParameters, Names) {
     const Rig rig;
-    const std::pair<int, const char*> names[] = {
-        {0, "Master Volume"},
-        {1, " Part 1  Mute"},
-        {2, "Part 1  Level"},
-        {152, "Part 2  Link to Ch.1"},
-        {15 * 152, "Part 16  Link to Ch.15"},
-        {2 * 152 + 27, " Part 3  Bend Up"},
-        {152 + 9, " Part 2  Edit Knob 1"},
-        {46, "Part 1  Arp. Gate"},
-        {50, " Part 1  "},
-        {56, " Part 1  "},
-        {56 + 18, "Part 1  FX Output Mix"},
-        {56 + 24 * 3 + 19, "Part 1  FX Output Pan"},
-        {2432, " FX1  Mute"},
-        {2432 + 24 + 18, "FX2  Output Level"},
-        {2432 + 24 * 3 + 23, "FX4  Send to FX4"},
-        {2432 + 17, " FX1  Output"},
-        {2432 + 1, " FX1  "},  // no effect, no name
-    };
-    for (const auto& [index, name] : names) EXPECT_EQ(rig.name(index), name) << index;
+    constexpr int insert = 56, master = 2432;
+    std::string names;
+    for (const int index :
+         {0, 1, 2, 152, 15 * 152, 2 * 152 + 27, 152 + 9, 46, 50, insert, insert + 18,
+          insert + 24 * 3 + 19, master, master + 24 + 18, master + 24 * 3 + 23, master + 17,
+          master + 1})  // the last: no effect, no name
+        names += rig.name(index) + "|";
+    EXPECT_EQ(names,
+              "Master Volume| Part 1  Mute|Part 1  Level|Part 2  Link to Ch.1|"
+              "Part 16  Link to Ch.15| Part 3  Bend Up| Part 2  Edit Knob 1|Part 1  Arp. Gate|"
+              " Part 1  | Part 1  |Part 1  FX Output Mix|Part 1  FX Output Pan| FX1  Mute|"
+              "FX2  Output Level|FX4  Send to FX4| FX1  Output| FX1  |");
     rig.engine.patch(1).setText(-6, "Brightness");
     EXPECT_EQ(rig.name(152 + 9), " Part 2  Brightness");
 }
 
 TEST(HostParameters, Displays) {
     Rig rig;
-    struct Case {
+    constexpr int insert = 56, master = 2432;
+    const struct {
         int index;
-        float value;
-        const char* text;
+        std::vector<float> values;
+        const char* texts;
+    } cases[] = {
+        {0, {0.5f, 0, 1}, "-6.0 dB|-oo|+6.0 dB|"},
+        {1, {0.6f, 0.5f}, "Mute|-|"},
+        {2, {0.7072f}, "+0.0 dB|"},
+        {3, {0.5f, 1, 0, 0.495f, 0.505f, 0.4951f}, "<C>|R64|L64|L1|R1|<C>|"},
+        {4, {0.05f, 0, 1}, "2|1|4|"},
+        {5, {0.5f}, "-6.0 dB|"},
+        {9, {0.3f}, "30%|"},
+        {24, {0.6f, 0.5f}, "Use Patch FX (if any)|Use Global FX|"},
+        {25, {0.51f, 0.5f}, "On|Off|"},
+        {31, {0.25f}, "-50 %|"},
+        {45, {0.5f}, "50%|"},
+        {46, {0.25f}, "25 %|"},
+        {152, {0.7f}, "On|"},
+        {insert + 1, {0.5f, 1}, "50%|100%|"},
+        {insert + 18, {0.5f}, "-6.0 dB|"},
+        {insert + 19, {0.75f}, "R32|"},
+        {master, {1, 0}, "MUTE|PLAY|"},
+        {master + 17, {0, 0.05f, 1}, "OFF|1|4|"},
+        {master + 18, {0.5f, 0.0099f}, "+0.0 dB|-oo|"},
+        {master + 19, {0.5f}, "<C>|"},
     };
-    const Case cases[] = {
-        {0, 0.5f, "-6.0 dB"},
-        {0, 0.0f, "-oo"},
-        {0, 1.0f, "+6.0 dB"},
-        {1, 0.6f, "Mute"},
-        {1, 0.5f, "-"},
-        {2, 0.7072f, "+0.0 dB"},
-        {3, 0.5f, "<C>"},
-        {3, 1.0f, "R64"},
-        {3, 0.0f, "L64"},
-        {4, 0.05f, "2"},
-        {4, 0.0f, "1"},
-        {4, 1.0f, "4"},
-        {5, 0.5f, "-6.0 dB"},
-        {9, 0.3f, "30%"},
-        {23, 1.0f, "100%"},
-        {24, 0.6f, "Use Patch FX (if any)"},
-        {24, 0.5f, "Use Global FX"},
-        {25, 0.51f, "On"},
-        {25, 0.5f, "Off"},
-        {31, 0.25f, "-50 %"},
-        {45, 0.5f, "50%"},
-        {46, 0.25f, "25 %"},
-        {152, 0.7f, "On"},
-        {56 + 18, 0.5f, "-6.0 dB"},
-        {56 + 19, 0.75f, "R32"},
-        {56 + 1, 0.5f, "50%"},
-        {2432, 1.0f, "MUTE"},
-        {2432, 0.0f, "PLAY"},
-        {2432 + 17, 0.0f, "OFF"},
-        {2432 + 17, 0.05f, "1"},
-        {2432 + 17, 1.0f, "4"},
-        {2432 + 18, 0.5f, "+0.0 dB"},
-        {2432 + 19, 0.5f, "<C>"},
-    };
-    for (const Case& c : cases) EXPECT_EQ(rig.display(c.index, c.value), c.text) << c.index;
+    for (const auto& [index, values, texts] : cases) {
+        std::string shown;
+        for (const float value : values) shown += rig.display(index, value) + "|";
+        EXPECT_EQ(shown, texts) << index;
+    }
 }
 
 TEST(HostParameters, ReachPatchesAndComeBack) {

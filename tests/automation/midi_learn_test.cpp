@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 
 #include "automation/host_parameters.h"
@@ -49,35 +48,21 @@ struct Rig : HostParameterObserver {
 };
 
 TEST(MidiLearn, NamesAllControllers) {
-    const std::map<int, std::string> named{
-        {0, "-G000. Bank MSB"},
-        {6, "-G006. Data Entry"},
-        {11, "011. Expression"},
-        {32, "-G032. Bank LSB"},
-        {64, "064. Sustain"},
-        {66, "066. Sostenuto"},
-        {67, "067. Soft Pedal"},
-        {68, "068. Legato Switch"},
-        {84, "084. Glide Start Note"},
-        {98, "-G098. NRPN LSB"},
-        {99, "-G099. NRPN MSB"},
-        {100, "-G100. RPN LSB"},
-        {101, "-G101. RPN MSB"},
-        {120, "-G120. All Sound Off"},
-        {121, "-G121. Reset Controllers"},
-        {123, "-G123. All Notes Off"},
-        {126, "-G126. Mono Mode"},
-        {127, "-G127. Poly Mode"},
-    };
     const Rig rig;
+    std::string named;  // the others are numbers
     for (int n = 0; n < 128; ++n) {
         char plain[8];
         TextOut out{plain};
         out.print("%.3d. ", n);
-        const auto at = named.find(n);
-        EXPECT_EQ(rig.name(n), at == named.end() ? std::string{out.view()} : at->second);
+        if (rig.name(n) != out.view()) named += rig.name(n) + "|";
         EXPECT_EQ(MidiLearn::isOffered(n), !rig.name(n).starts_with("-G")) << n;
     }
+    EXPECT_EQ(named,
+              "-G000. Bank MSB|-G006. Data Entry|011. Expression|-G032. Bank LSB|064. Sustain|"
+              "066. Sostenuto|067. Soft Pedal|068. Legato Switch|084. Glide Start Note|"
+              "-G098. NRPN LSB|-G099. NRPN MSB|-G100. RPN LSB|-G101. RPN MSB|"
+              "-G120. All Sound Off|-G121. Reset Controllers|-G123. All Notes Off|"
+              "-G126. Mono Mode|-G127. Poly Mode|");
 }
 
 TEST(MidiLearn, NamesWhatControllersDrive) {

@@ -2,104 +2,82 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <sstream>
-#include <vector>
-
-#include "automation/host_rows.h"
+#include <string>
 
 namespace stratovane {
 namespace {
 
-struct Found {
-    int id;
-    std::string place;  // groups and name, with slashes between
-};
+/// The text as its layout says it, a line an element, without indents and comments.
+struct Expected {
+    std::string text;
 
-/// Reads the text as strictly as it is written: one element a line, properly nested.
-std::vector<Found> parse(const std::string& text) {
-    std::vector<Found> found;
-    std::vector<std::string> open;
-    std::istringstream lines{text};
-    bool inside = false;
-    for (std::string line; std::getline(lines, line);) {
-        const std::string element = line.substr(line.find_first_not_of(' '));
-        const auto attribute = [&element](const std::string& name) {
-            const std::size_t at = element.find(" " + name + "=\"");
-            if (at == element.npos) return std::string{"missing"};
-            const std::size_t from = at + name.size() + 3;
-            return element.substr(from, element.find('"', from) - from);
-        };
-        if (element.starts_with("<!--")) {
-            EXPECT_TRUE(element.ends_with("-->") && !inside) << line;
-        } else if (element == "<MRXParametersStructure>") {
-            EXPECT_FALSE(inside);
-            inside = true;
-        } else if (element == "</MRXParametersStructure>") {
-            EXPECT_TRUE(inside && open.empty());
-            inside = false;
-        } else if (element.starts_with("<Group ")) {
-            EXPECT_TRUE(inside && element.ends_with("\">")) << line;
-            open.push_back(attribute("name"));
-        } else if (element == "</Group>") {
-            if (open.empty()) {
-                ADD_FAILURE() << "closes too much";
-                return found;
-            }
-            open.pop_back();
-        } else {
-            EXPECT_TRUE(inside && element.starts_with("<Param ") && element.ends_with("/>"))
-                << line;
-            EXPECT_EQ(attribute("label"), "") << line;
-            std::string place;
-            for (const std::string& group : open) place += group + "/";
-            found.push_back({std::stoi(attribute("id")), place + attribute("name")});
+    void line(const std::string& element) { text += element + "\n"; }
+    void parameter(int id, const std::string& name) {
+        line("<Param id=\"" + std::to_string(id) + "\" name=\"" + name + "\" label=\"\"/>");
+    }
+    void numbered(int id, const std::string& name, int count) {
+        for (int i = 0; i < count; ++i) parameter(id + i, name + std::to_string(i + 1));
+    }
+    /// Rows as "number name,number name".
+    void rows(int base, const std::string& list) {
+        std::istringstream all{list};
+        for (std::string row; std::getline(all, row, ',');)
+            parameter(base + std::stoi(row), row.substr(row.find(' ') + 1));
+    }
+    void group(const std::string& name, int base, const std::string& list) {
+        line("<Group name=\"" + name + "\">");
+        rows(base, list);
+        line("</Group>");
+    }
+    void effects(const std::string& name, int base) {
+        for (int slot = 0; slot < 4; ++slot, base += 24) {
+            line("<Group name=\"" + name + std::to_string(slot + 1) + "\">");
+            numbered(base + 1, "Parameter ", 16);
+            rows(base, "0 Mute,18 Level,19 Pan,17 Output");
+            numbered(base + 20, "Send to FX", 4);
+            line("</Group>");
         }
     }
-    EXPECT_FALSE(inside);
-    return found;
-}
-
-TEST(ParameterStructure, ListsEachParameterOnceInOrder) {
-    const std::vector<Found> all = parse(parameterStructure());
-    std::map<int, std::string> places;
-    for (const Found& f : all) EXPECT_TRUE(places.insert({f.id, f.place}).second) << f.id;
-    for (int id = 0; id < hostParameters; ++id) {
-        const HostAddress a = decodeHostIndex(id);
-        const bool listed = a.block != HostBlock::strip || (a.row < 48 && a.row != strip::lock);
-        EXPECT_EQ(places.count(id), listed ? 1u : 0u) << id;
+    void channel(int part) {
+        const int base = part * 152;
+        line("<Group name=\"Channel " + std::to_string(part + 1) + "\">");
+        if (part > 0) parameter(base, "Link Switch");
+        rows(base, "1 Mute,2 Level,3 Pan,4 Output");
+        numbered(base + 9, "Stratoknob ", 6);
+        group("MIDI", base,
+              "29 Mono Mode,30 Glide Mode,31 Glide Time,15 Low Key,16 High Key,17 Key Xfade,"
+              "18 Low Vel,19 High Vel,20 Vel Xfade,21 Coarse Tune,22 Fine Tune,23 Polyphony,"
+              "27 Pitchbend Up,28 Pitchbend Down,26 Level Trim");
+        group("Arpeggiator", base,
+              "39 On,40 Latch,41 Mode,42 Octaves,43 Steps,44 Sync,45 Rate,46 Gate,47 Swing");
+        group("Microtuning", base,
+              "32 Tuning1 Bank,33 Tuning1 Scale,34 Tuning1 Root,35 Tuning2 Bank,"
+              "36 Tuning2 Scale,37 Tuning2 Root,38 Tuning2 Depth");
+        numbered(base + 5, "FX Send ", 4);
+        parameter(base + 24, "FX Mode");
+        effects("Patch Send FX ", base + 56);
+        line("</Group>");
     }
-    const std::pair<int, const char*> samples[] = {
-        {0, "Master Volume"},
-        {152, "Channel 2/Link Switch"},
-        {1, "Channel 1/Mute"},
-        {14, "Channel 1/Stratoknob 6"},
-        {152 * 15 + 15, "Channel 16/MIDI/Low Key"},
-        {26, "Channel 1/MIDI/Level Trim"},
-        {23, "Channel 1/MIDI/Polyphony"},
-        {28, "Channel 1/MIDI/Pitchbend Down"},
-        {39, "Channel 1/Arpeggiator/On"},
-        {45, "Channel 1/Arpeggiator/Rate"},
-        {47, "Channel 1/Arpeggiator/Swing"},
-        {38, "Channel 1/Microtuning/Tuning2 Depth"},
-        {5, "Channel 1/FX Send 1"},
-        {24, "Channel 1/FX Mode"},
-        {56, "Channel 1/Patch Send FX 1/Mute"},
-        {57, "Channel 1/Patch Send FX 1/Parameter 1"},
-        {56 + 72 + 17, "Channel 1/Patch Send FX 4/Output"},
-        {56 + 18, "Channel 1/Patch Send FX 1/Level"},
-        {2432 + 16, "Global Send FX 1/Parameter 16"},
-        {2432 + 24 + 19, "Global Send FX 2/Pan"},
-        {2527, "Global Send FX 4/Send to FX4"},
-    };
-    for (const auto& [id, place] : samples) EXPECT_EQ(places[id], place) << id;
+};
 
-    // The order of part 2's list, and what follows the last part.
-    const int order[] = {152, 153, 154, 155, 156, 161, 162, 163, 164, 165, 166, 181, 182};
-    std::size_t at = 0;
-    while (all[at].id != 152) ++at;
-    for (const int id : order) EXPECT_EQ(all[at++].id, id);
-    EXPECT_EQ(all[all.size() - 96].id, 2433);
+TEST(ParameterStructure, ListsEveryParameterInItsGroup) {
+    Expected expected;
+    expected.line("<MRXParametersStructure>");
+    expected.parameter(0, "Master Volume");
+    for (int part = 0; part < 16; ++part) expected.channel(part);
+    expected.effects("Global Send FX ", 2432);
+    expected.line("</MRXParametersStructure>");
+
+    const std::string text = parameterStructure();
+    EXPECT_TRUE(text.starts_with("<!--"));
+    std::istringstream lines{text};
+    std::string found;
+    for (std::string line; std::getline(lines, line);) {
+        line.erase(0, line.find_first_not_of(' '));
+        if (!line.starts_with("<!--")) found += line + "\n";
+    }
+    EXPECT_EQ(found, expected.text);
 }
 
 }  // namespace

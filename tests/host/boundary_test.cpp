@@ -99,6 +99,9 @@ TEST(Boundary, DescribesItsOutputs) {
         }
         EXPECT_EQ(described, outputs);
         EXPECT_EQ(std::ranges::count(described, ','), host.record->outputCount);
+        host.set(4, 1.0f);  // part 1's output, shown before anything has started
+        EXPECT_EQ(host.text(Opcode::getParameterDisplay, 4),
+                  std::to_string(host.record->outputCount / 2));
         p.flags = 0x55;
         for (const std::int32_t outside : {-1, host.record->outputCount})
             EXPECT_EQ(host.ask(Opcode::getOutputProperties, outside, 0, &p), 0);

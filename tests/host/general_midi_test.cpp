@@ -5,20 +5,15 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
 #include <random>
 #include <thread>
 
 #include "automation/host_rows.h"
 #include "automation/parameter_structure.h"
-#include "base/engine_shared.h"
-#include "content/program_files.h"
 #include "host/host_support.h"
 #include "host/synth.h"
-#include "patch/parameter_ids.h"
-#include "patch/patch.h"
-#include "patch/record_writer.h"
+#include "support/patch_file.h"
 #include "support/temporary_folder.h"
 
 namespace stratovane {
@@ -28,17 +23,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 const Bytes gmOn{0x7E, 0x7F, 9, 1}, gmOff{0x7E, 0x7F, 9, 2}, gm2On{0x7E, 0x7F, 9, 3};
 Bytes effectMessage(int effect, int parameter, int value) {
-    return {0x7F,
-            0x7F,
-            4,
-            5,
-            1,
-            1,
-            1,
-            1,
-            static_cast<std::uint8_t>(effect),
-            static_cast<std::uint8_t>(parameter),
-            static_cast<std::uint8_t>(value)};
+    Bytes message{0x7F, 0x7F, 4, 5, 1, 1, 1, 1};
+    for (const int byte : {effect, parameter, value})
+        message.push_back(static_cast<std::uint8_t>(byte));
+    return message;
 }
 constexpr int part(int number, int row) { return 152 * number + row; }
 constexpr int master(int slot, int row) { return 2432 + 24 * slot + row; }
@@ -53,31 +41,19 @@ class GeneralMidiHost : public ::testing::Test {
     static constexpr float sound0 = 0.25f, sound1 = 0.3125f, sound48 = 0.375f, kit0 = 0.4375f,
                            kit8 = 0.46875f, first = 0.625f;
 
-    void addPatch(const std::string& bank, const std::string& file, float value) const {
-        const EngineShared shared;
-        Patch patch{shared};
-        patch.makeSawtooth();
-        patch.store(0, global::level, value);
-        patch.store(0, global::pan, 0.75f);
-        const auto record = writePatchRecord(patch, nullptr);
-        const auto header = presetFileHeader("x", record.size());
-        const auto path = std::filesystem::path{folder_ / ""} / "Patches" / bank;
-        std::filesystem::create_directories(path);
-        std::ofstream out{path / file, std::ios::binary};
-        for (const auto* bytes : {&header, &record})
-            out.write(reinterpret_cast<const char*>(bytes->data()),
-                      static_cast<std::streamsize>(bytes->size()));
+    void addPatch(const std::string& file, float value) const {
+        putSawPatch(folder_ / "Patches/" + file, value, 0.75f);
     }
     void SetUp() override {
-        addPatch("078 Sounds", "000 Piano.fxp", sound0);
-        addPatch("078 Sounds", "001 Bright.fxp", sound1);
-        addPatch("078 Sounds", "048 Strings.fxp", sound48);
-        addPatch("079 Kits", "000 Standard.fxp", kit0);
-        addPatch("079 Kits", "008 Room.fxp", kit8);
-        addPatch("084 Start", "000 Hello.fxp", first);
+        addPatch("078 Sounds/000 Piano.fxp", sound0);
+        addPatch("078 Sounds/001 Bright.fxp", sound1);
+        addPatch("078 Sounds/048 Strings.fxp", sound48);
+        addPatch("079 Kits/000 Standard.fxp", kit0);
+        addPatch("079 Kits/008 Room.fxp", kit8);
+        addPatch("084 Start/000 Hello.fxp", first);
     }
     std::string settings(const std::string& more = {}) const {
-        return "Content Location=" + std::filesystem::path{folder_ / ""}.string() + "\n" + more;
+        return "Content Location=" + (folder_ / "") + "\n" + more;
     }
 };
 
@@ -246,6 +222,30 @@ TEST_F(GeneralMidiHost, ActsInTheOrderOfTheMessages) {
     host.settle();
     host.render(64);
     EXPECT_NEAR(host.get(part(7, level)), 64 / 127.0f, 1e-4f);
+}
+
+TEST_F(GeneralMidiHost, ControllersBehindACombiReachItsParts) {
+    {
+        TestHost host{settings()};
+        host.start();
+        host.settle();
+        char* data = nullptr;
+        const auto size = static_cast<std::size_t>(host.ask(Opcode::getChunk, 0, 0, &data));
+        const auto header = bankFileHeader(size);
+        std::filesystem::create_directories(folder_ / "Patches/120 Combis");
+        folder_.put("Patches/120 Combis/000 One.fxb",
+                    std::string{header.begin(), header.end()} + std::string{data, size});
+    }
+    TestHost host{settings()};
+    host.start();
+    host.settle();
+    host.midi({message(0xB0, 7, 10), message(0xBF, 32, 120), message(0xCF, 0), message(0xB3, 7, 64),
+               message(0xB0, 10, 127)});
+    host.settle();
+    host.render(64);
+    EXPECT_EQ(host.get(part(0, level)), first);
+    EXPECT_NEAR(host.get(part(0, pan)), 1.0f, 1e-4f);
+    EXPECT_NEAR(host.get(part(3, level)), 64 / 127.0f, 1e-4f);  // though the combi left it empty
 }
 
 TEST_F(GeneralMidiHost, ComesBeforeTheDefaultPatch) {

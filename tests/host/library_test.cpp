@@ -4,14 +4,9 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
-#include "base/engine_shared.h"
-#include "content/program_files.h"
 #include "host/host_support.h"
-#include "patch/parameter_ids.h"
-#include "patch/patch.h"
-#include "patch/record_writer.h"
+#include "support/patch_file.h"
 #include "support/temporary_folder.h"
 
 namespace stratovane {
@@ -22,29 +17,14 @@ class LibraryHost : public ::testing::Test {
   protected:
     TemporaryFolder folder_;
 
-    void addPatch(const std::string& bank, const std::string& file, float level) {
-        const EngineShared shared;
-        Patch patch{shared};
-        patch.makeSawtooth();
-        patch.setText(0, "name in the record");
-        patch.store(0, global::level, level);
-        const Bytes record = writePatchRecord(patch, nullptr);
-        const Bytes header = presetFileHeader("x", record.size());
-        const auto path = std::filesystem::path{folder_ / ""} / "Patches" / bank;
-        std::filesystem::create_directories(path);
-        std::ofstream out{path / file, std::ios::binary};
-        out.write(reinterpret_cast<const char*>(header.data()),
-                  static_cast<std::streamsize>(header.size()));
-        out.write(reinterpret_cast<const char*>(record.data()),
-                  static_cast<std::streamsize>(record.size()));
+    void addPatch(const std::string& file, float level) const {
+        putSawPatch(folder_ / "Patches/" + file, level);
     }
-    std::string setting() const {
-        return "Content Location=" + std::filesystem::path{folder_ / ""}.string() + "\n";
-    }
+    std::string setting() const { return "Content Location=" + (folder_ / "") + "\n"; }
     void SetUp() override {
-        addPatch("005 Mine", "000 First.fxp", 0.25f);
-        addPatch("005 Mine", "007 _Marked.fxp", 0.75f);
-        addPatch("084 Start", "000 Hello.fxp", 0.6f);
+        addPatch("005 Mine/000 First.fxp", 0.25f);
+        addPatch("005 Mine/007 _Marked.fxp", 0.75f);
+        addPatch("084 Start/000 Hello.fxp", 0.6f);
     }
 };
 
@@ -132,9 +112,8 @@ TEST_F(LibraryHost, ControllersBehindAProgramChangeReachItsPatch) {
 }
 
 TEST_F(LibraryHost, RefusesDamagedRecords) {
-    const auto bad = std::filesystem::path{folder_ / ""} / "Patches/005 Mine/001 Bad.fxp";
-    std::filesystem::copy(std::filesystem::path{folder_ / ""} / "Patches/005 Mine/000 First.fxp",
-                          bad);
+    const std::string bad = folder_ / "Patches/005 Mine/001 Bad.fxp";
+    std::filesystem::copy(folder_ / "Patches/005 Mine/000 First.fxp", bad);
     std::filesystem::resize_file(bad, 1000);
     TestHost host{setting()};
     host.start();

@@ -1,9 +1,5 @@
 // Songs through the instrument itself, with a content folder of a few patches.
-#include "base/engine_shared.h"
-#include "content/program_files.h"
-#include "patch/parameter_ids.h"
-#include "patch/patch.h"
-#include "patch/record_writer.h"
+#include "support/patch_file.h"
 #include "tools/render_fixture.h"
 
 namespace stratovane {
@@ -18,16 +14,7 @@ class RenderPlugIn : public Render {
         addPatch("078 Melodies/000 Grand.fxp", 0.5f);
     }
     void addPatch(const std::string& file, float level) {
-        const EngineShared shared;
-        Patch patch{shared};
-        patch.makeSawtooth();
-        patch.store(0, global::level, level);
-        const Bytes record = writePatchRecord(patch, nullptr);
-        Bytes bytes = presetFileHeader("x", record.size());
-        bytes.insert(bytes.end(), record.begin(), record.end());
-        const fs::path path = folder_ / "content" / "Patches" / file;
-        fs::create_directories(path.parent_path());
-        put(path, {bytes.begin(), bytes.end()});
+        putSawPatch(folder_ / "content" / "Patches" / file, level);
     }
     Sound play(const std::string& options) {
         const int exit = runRaw("song.mid -o out.wav --format float --content content " + options);
@@ -76,6 +63,38 @@ TEST_F(RenderPlugIn, PartsPlayIntoPairsOfTheirOwn) {
     const double one = readWav(folder_ / "pairs" / names[0]).peak(),
                  two = readWav(folder_ / "pairs" / names[1]).peak();
     EXPECT_NEAR(two / one, 9, 0.3);
+}
+
+TEST_F(RenderPlugIn, GeneralMidiSongsPlayWhatTheyAskFor) {
+    // Each sound has a level of its own.
+    addPatch("078 Melodies/005 Bell.fxp", 0.3f);
+    addPatch("079 Kits/000 Standard.fxp", 0.35f);
+    addPatch("079 Kits/008 Room.fxp", 0.45f);
+    // A reset, a sound, a kit and one there is not, a drum bank elsewhere, a volume behind its
+    // program, a plate, a chorus and its depth, a note of each.
+    Bytes events{0, 0xF0, 5, 0x7E, 0x7F, 9, 1, 0xF7};
+    const auto add = [&events](const Bytes& more) {
+        events.insert(events.end(), more.begin(), more.end());
+    };
+    add({0, 0xC1, 5, 0, 0xC9, 8, 0, 0xB2, 0, 120, 0, 0xC2, 9, 0, 0xC3, 5, 0, 0xB3, 7, 64});
+    for (const Bytes& set : {Bytes{1, 0, 8}, {1, 1, 100}, {2, 0, 4}, {2, 2, 70}, {1, 0, 7}}) {
+        add({0, 0xF0, 12, 0x7F, 0x7F, 4, 5, 1, 1, 1, 1});
+        add(set);
+        add({0xF7});
+    }
+    add({0, 0x99, 60, 100, 96, 60, 0, 0, 0x91, 60, 100, 96, 60, 0});
+    song(midi(events));
+    const Sound played = play("--save-bank all.fxb --tail none");
+    EXPECT_GT(played.peak(), 0.001);
+    EXPECT_NE(out_.find("Part 10: Room (bank 79, program 8)"), std::string::npos) << out_;
+    EXPECT_NE(out_.find("Part 2: Bell (bank 78, program 5)"), std::string::npos) << out_;
+    EXPECT_EQ(runRaw("--list-parameters --content content --bank all.fxb"), 0) << err_;
+    for (const char* line : {"Part 1  Level           -6.0 dB", "Part 2  Level           -14.9 d",
+                             "Part 3  Level           -12.2 d", "Part 4  Level           -5.9 dB",
+                             "Part 10  Level          -7.9 dB", "FX1  Time               1.11 s",
+                             "FX1  Output Level       -2.6 dB", "FX3  Depth              70 %",
+                             "FX3  Feedback           80 %", "FX3  Output Level       +1.3 dB"})
+        EXPECT_NE(out_.find(line), std::string::npos) << line << out_;
 }
 
 TEST_F(RenderPlugIn, WhatIsHeldEndsWithTheSong) {
