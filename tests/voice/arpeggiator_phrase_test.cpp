@@ -155,6 +155,14 @@ TEST(Phrases, FallOnTheirTimesAndWrap) {
     swung.settings.values[S::swing] = 0.9f;
     swung.on(60);
     EXPECT_EQ(swung.after(1000), "130+60 325+40 360-60 500-40 825+62 895-62");
+    // Less swing brings no event before one that has passed, heard or not.
+    const Phrase silent = phraseOf(1, {note(0.125, chordChannel, 0), note(0.127, 9, 40)});
+    PhraseRig late{silent};
+    late.settings.values[S::swing] = 1;
+    late.on(60);
+    late.run(10);
+    late.settings.values[S::swing] = 0;
+    EXPECT_EQ(late.after(300), "167+40 227-40");
     // Events at or behind the phrase's length are not its own.
     const Phrase overlong = phraseOf(0.5f, {note(0, 10, 60), note(0.5, 10, 62), note(3, 10, 64)});
     PhraseRig cut{overlong};

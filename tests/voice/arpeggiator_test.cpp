@@ -231,6 +231,19 @@ TEST(Arpeggiator, EndsWithItsLastNoteAndGoesOnUntilThen) {
     rig.run(200);
     rig.off(70);
     EXPECT_FALSE(rig.arpeggiator.running());
+    // Keys change on the very frame of a step that falls between two frames.
+    const Phrase phrase{.lengthBeats = 0.25f, .events = {{0, 0.251, 0x9A, 60, 64}}};
+    for (const Mode mode : {Mode::up, Mode::phrase}) {
+        ArpeggiatorRig legato{mode};
+        legato.phrase = &phrase;
+        legato.beatsPerFrame = 0.0007;
+        legato.settings.values[S::gate] = 1;
+        legato.on(60);
+        EXPECT_EQ(legato.after(358), "0+60");
+        legato.off(60);
+        legato.on(62);
+        EXPECT_EQ(legato.after(10), "358+62 359-60");
+    }
 }
 
 TEST(Arpeggiator, LatchAndPedalKeepKeysUntilTheNextChordOrStep) {
@@ -324,6 +337,25 @@ TEST(Arpeggiator, FollowsJumpsOfTheSongPosition) {
     EXPECT_EQ(jump(Sync::firstNote, -0.1), "0+60 126-60 250+60 476-60 600+60 726-60");
     // On the beat, from 8.3 + 0.93 = 9.23 on, steps look for the new beat; the note is tied.
     EXPECT_EQ(jump(Sync::beat, 0.93), "0+60 126-60 250+60 446-60 570+60 696-60");
+    // A key waits for its frame's position, and does so once.
+    ArpeggiatorRig rig;
+    rig.run(100);
+    rig.on(60);
+    rig.position += 0.05;
+    EXPECT_EQ(rig.after(240), "100+60 226-60");
+    rig.position += 0.05;
+    EXPECT_EQ(rig.after(100), "340+60");  // due at 350, 50 sooner by the song, which is 300
+    // On the beat, the step last played holds back none behind a jump.
+    ArpeggiatorRig beat;
+    beat.settings.values[S::gate] = 0;
+    beat.sync(Sync::beat);
+    beat.on(60);
+    beat.run(270);  // steps at 0 and 0.25
+    beat.position -= 0.15;
+    beat.run(20);
+    beat.played.clear();
+    beat.position += 10;
+    EXPECT_EQ(beat.notes(111), "60");  // 10.14 to 10.251
 }
 
 TEST(Arpeggiator, MissedPointsAreLeftOut) {

@@ -115,7 +115,7 @@ void Arpeggiator::follow(const ArpeggiatorScore& score) {
             player_.seek(position_, *score.phrase, view.swing());
     }
     if (running_ && !playsPhrase() && view.stepBeats() != grid_.stepBeats())
-        grid_.resume(position_, gridSettings(view), true);
+        grid_.retune(position_, gridSettings(view));
 }
 
 void Arpeggiator::followMode(const ArpeggiatorScore& score) {
@@ -153,7 +153,7 @@ void Arpeggiator::sendStop() {
 void Arpeggiator::start(const ArpeggiatorScore& score) {
     const ArpeggiatorView view{score.settings};
     if (playsPhrase() && !hasEvents(score.phrase)) return;
-    running_ = true;
+    running_ = begun_ = true;
     counter_ = 0;
     output_.forgetLastNote();
     if (!playsPhrase()) return grid_.begin(position_, gridSettings(view));
@@ -162,13 +162,15 @@ void Arpeggiator::start(const ArpeggiatorScore& score) {
                   view.swing());
 }
 
-/// The first key after none were left: goes on as if there had been keys all the time.
+/// The first key after none were left: goes on as if there had been keys all the time, from what
+/// falls on this frame on.
 void Arpeggiator::resume(const ArpeggiatorScore& score) {
     const ArpeggiatorView view{score.settings};
+    const double earliest = earliestOn(position_, score.beatsPerFrame);
     if (playsPhrase())
-        player_.seek(position_, *score.phrase, view.swing());
+        player_.seek(earliest, *score.phrase, view.swing());
     else
-        grid_.resume(position_, gridSettings(view), false);
+        grid_.resume(earliest, gridSettings(view));
 }
 
 /// Follows the song position. Small differences move nothing.
@@ -176,15 +178,21 @@ void Arpeggiator::moveTo(double position, const ArpeggiatorScore& score) {
     constexpr double jumpBeats = 0.2;
     const double difference = position - position_;
     position_ = position;
-    if (std::exchange(located_, true) && !(std::fabs(difference) > jumpBeats)) return;
+    const bool jumped = !std::exchange(located_, true) || std::fabs(difference) > jumpBeats;
+    const bool begun = std::exchange(begun_, false);
     if (difference == 0) return;
+    if (!jumped) {
+        if (begun && running_) start(score);  // where the key's frame turns out to be
+        begun_ = false;
+        return;
+    }
     output_.move(difference);
     grid_.move(difference);
     player_.move(difference);
     const ArpeggiatorView view{score.settings};
     if (!running_ || !isOnBeat(view)) return;
     if (!playsPhrase())
-        grid_.resume(position, gridSettings(view), true);
+        grid_.begin(position, gridSettings(view));
     else if (hasEvents(score.phrase))
         player_.align(*score.phrase, view.swing());
 }
@@ -197,8 +205,8 @@ double Arpeggiator::nextStep() const {
 int Arpeggiator::framesUntilNext(int frames, double position, const ArpeggiatorScore& score) {
     moveTo(position, score);
     follow(score);
-    const int earliest = takenOnFrame_ < eventsPerFrame ? 0 : 1;
-    // A step or an event may make nothing that is heard.
+    int earliest = takenOnFrame_ < eventsPerFrame ? 0 : 1;
+    // A step or an event may make nothing that is heard; time passes all the same.
     while (running()) {
         if (!output_.empty()) return std::min(earliest, frames);
         if (stopping_) {
@@ -210,7 +218,8 @@ int Arpeggiator::framesUntilNext(int frames, double position, const ArpeggiatorS
             std::max(frameOf(next, position, score.beatsPerFrame), static_cast<double>(earliest));
         if (!(frame < frames)) break;
         playNext(next, position + frame * score.beatsPerFrame, score);
-        if (!output_.empty()) return static_cast<int>(frame);
+        earliest = static_cast<int>(frame);
+        if (!output_.empty()) return earliest;
     }
     return frames;
 }

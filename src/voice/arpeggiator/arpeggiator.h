@@ -104,6 +104,7 @@ class Arpeggiator {
 
     double position_ = 0;  // where the next render is expected
     bool located_ = false;
+    bool begun_ = false;  // since the last render
     int takenOnFrame_ = 0;
 
     // As last seen.

@@ -5,11 +5,17 @@
 
 namespace stratovane {
 
+inline constexpr double frameTolerance = 0.001;  // frames
+
 /// Offset of the frame on which an event at `beat` falls, seen from a frame at `position`: the
 /// first not before it, but for the rounding of sums of beats. Whole, may be negative.
 inline double frameOf(double beat, double position, double beatsPerFrame) {
-    constexpr double tolerance = 0.001;  // frames
-    return std::ceil((beat - position) / beatsPerFrame - tolerance);
+    return std::ceil((beat - position) / beatsPerFrame - frameTolerance);
+}
+
+/// The earliest beat that falls on the frame at `position`.
+inline double earliestOn(double position, double beatsPerFrame) {
+    return position - (1 - frameTolerance) * beatsPerFrame;
 }
 
 /// How far a position may lie behind a grid point and still count as on it.

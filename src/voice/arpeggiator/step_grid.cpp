@@ -41,14 +41,24 @@ void StepGrid::begin(double now, const Settings& settings) {
     schedule(index_, settings.swing);
 }
 
-void StepGrid::resume(double now, const Settings& settings, bool afresh) {
+void StepGrid::retune(double now, const Settings& settings) {
     step_ = settings.stepBeats;
-    if (settings.onBeat && afresh) findBeat(now);
-    const double from = std::max(last_, now);
+    if (settings.onBeat) findBeat(now);
+    seek(now - beatTolerance, settings.swing);
+}
+
+void StepGrid::resume(double earliest, const Settings& settings) {
+    step_ = settings.stepBeats;
+    seek(earliest, settings.swing);
+}
+
+void StepGrid::seek(double earliest, float swing) {
+    swing_ = swing;
+    const double from = std::max(last_, earliest);
     double index = std::max(0.0, std::floor((from - start_) / step_) - 1);
     for (int i = 0; i < pointsLookedAt; ++i) {
-        schedule(index, settings.swing);
-        if (next_ > last_ + beatTolerance && next_ >= now - beatTolerance) return;
+        schedule(index, swing);
+        if (next_ > last_ + beatTolerance && next_ >= earliest) return;
         index += 1;
     }
 }

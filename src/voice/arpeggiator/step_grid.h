@@ -16,9 +16,11 @@ class StepGrid {
 
     /// A pattern begins: at once, or on the beat.
     void begin(double now, const Settings& settings);
-    /// The next step is the first after the one last played that is not before now; on the beat,
-    /// `afresh` finds the grid anew.
-    void resume(double now, const Settings& settings, bool afresh);
+    /// The step length or the song position changed: the next step is the first after the one last
+    /// played that is not before now, on the beat on a grid found anew.
+    void retune(double now, const Settings& settings);
+    /// The next step is the first after the one last played that is not before `earliest`.
+    void resume(double earliest, const Settings& settings);
     /// The next step was played on the frame at `position`. Points that this frame has passed are
     /// skipped.
     void stepPlayed(double position, double beatsPerFrame, float swing);
@@ -33,6 +35,7 @@ class StepGrid {
   private:
     static bool isOdd(double index);
     void findBeat(double now);
+    void seek(double earliest, float swing);
     void schedule(double index, float swing);
 
     double start_ = 0, step_ = 0.25;
