@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <span>
+#include <string>
 
 #include "host/host_support.h"
 
@@ -44,22 +46,55 @@ TEST(ArpeggiatorRequest, TakesEventsOldestFirst) {
     EXPECT_EQ(events[0].part, 2);
 }
 
-TEST(ArpeggiatorRequest, ReachesTheEngine) {
-    TestHost host;
-    const auto ask = [&](std::intptr_t value, void* pointer = nullptr) {
-        return host.ask(Opcode::vendorSpecific, arpeggiatorRequest, value, pointer);
+/// "frame+note", "frame-note" and "frame#controller" of what waits in the log.
+std::string played(const TestHost& host) {
+    std::array<ArpeggiatorEvent, 64> events;
+    ArpeggiatorTake take{64, 0, events.data()};
+    host.ask(Opcode::vendorSpecific, arpeggiatorRequest, 2, &take);
+    std::string text;
+    for (const ArpeggiatorEvent& e : std::span{events}.first(static_cast<std::size_t>(take.count)))
+        (((text += std::to_string(e.frame)) += e.bytes[0] == 0x90   ? '+'
+                                               : e.bytes[0] == 0x80 ? '-'
+                                                                    : '#') +=
+         std::to_string(e.bytes[1])) += ' ';
+    return text;
+}
+
+TEST(ArpeggiatorRequest, TellsWhatHostParametersMakeOfTwoKeys) {
+    constexpr int on = 39, block = 256, half = 45;  // blocks with keys and without
+    const struct {
+        int parameter;
+        float value;
+        const char* events;
+    } cases[] = {
+        {on, 0, ""},
+        {on, 1, "0+60 2779-60 5513+64 8291-64 11025+60 13804-60 "},
+        {40, 1, "0+60 2779-60 5513+64 8291-64 11025+60 13804-60 16538+64 19316-64 22050+60 "},
+        {41, 1.5f / 15.9f, "0+60 2779-60 5513+60 8291-60 11025+64 13804-64 "},  // down
+        {42, 1.5f / 3.9f, "0+60 2779-60 5513+64 8291-64 11025+72 13804-72 "},   // two octaves
+        {43, 2.5f / 16.9f,                                                      // two steps
+         "0#128 0#129 0+60 2779-60 5513#128 5513#129 5513+64 8291-64 11025#128 11025#129 "
+         "11025+60 13804-60 "},
+        {44, 1.5f / 7.9f, "0+60 3079-60 5813+64 8591-64 11325+60 14104-60 "},  // each note
+        {45, 0.5f, "0+60 7373-60 "},                                           // 1/4T
+        {46, 0, "0+60 23-60 5513+64 5535-64 11025+60 11048-60 "},
+        {47, 1, "0+60 2779-60 7350+64 10129-64 11025+60 13804-60 "},
     };
-    EXPECT_EQ(ask(1), 1);  // before anything else has been asked, too
-    host.start();
-    host.settle();
-    EXPECT_EQ(ask(2), 1);
-    ArpeggiatorEvent event;
-    ArpeggiatorTake take{1, 5, &event};
-    host.midi({message(0x90, 60, 100)});
-    host.render(256);
-    EXPECT_EQ(ask(0, &take), 0);
-    EXPECT_EQ(take.count, 0);  // a plain note is no arpeggiator's
-    EXPECT_EQ(ask(0), 0);
+    for (const auto& c : cases) {
+        TestHost host;
+        host.ask(Opcode::vendorSpecific, arpeggiatorRequest, 1);  // before anything else, too
+        host.start();
+        host.settle();
+        host.set(on, 1);
+        host.set(c.parameter, c.value);
+        host.midi({message(0x90, 60, 100)});
+        host.render(block);
+        host.midi({message(0x90, 64, 100, 300 - block)});
+        for (int i = 1; i < half; ++i) host.render(block);
+        host.midi({message(0x80, 60), message(0x90, 64)});
+        for (int i = 0; i < half; ++i) host.render(block);
+        EXPECT_EQ(played(host), c.events) << c.parameter;
+    }
 }
 
 }  // namespace

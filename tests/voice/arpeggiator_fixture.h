@@ -73,33 +73,24 @@ class ArpeggiatorRig {
     /// Runs, and tells what was played since last told: "frame+note", "frame-note" and
     /// "frame#controller=value".
     std::string after(int frames) {
-        run(frames);
-        return told([](std::string& text, const Played& p) {
+        return told(frames, [](const Played& p) {
             const int kind = p.bytes[0];
-            text += std::to_string(p.frame);
-            text += kind == 0x90 ? '+' : kind == 0x80 ? '-' : kind == 0xB0 ? '#' : '?';
-            text += std::to_string(p.bytes[1]);
-            if (kind == 0xB0) (text += '=') += std::to_string(p.bytes[2]);
-            text += ' ';
+            const char* sign = kind == 0x90 ? "+" : kind == 0x80 ? "-" : kind == 0xB0 ? "#" : "?";
+            return text(p.frame) + sign + text(p.bytes[1]) +
+                   (kind == 0xB0 ? "=" + text(p.bytes[2]) : "");
         });
     }
     /// As `after`, but only the notes struck: "60 64", with "/velocity" when asked for.
     std::string notes(int frames, bool velocities = false) {
-        run(frames);
-        return told([velocities](std::string& text, const Played& p) {
-            if (p.bytes[0] != 0x90) return;
-            text += std::to_string(p.bytes[1]);
-            if (velocities) (text += '/') += std::to_string(p.bytes[2]);
-            text += ' ';
+        return told(frames, [velocities](const Played& p) {
+            if (p.bytes[0] != 0x90) return std::string{};
+            return text(p.bytes[1]) + (velocities ? "/" + text(p.bytes[2]) : "");
         });
     }
     /// As `after`, but only the step numbers that rows numbered so send: "frame=step".
     std::string rows(int frames) {
-        run(frames);
-        return told([](std::string& text, const Played& p) {
-            if (p.bytes[1] != 128) return;
-            (text += std::to_string(p.frame)) += '=';
-            (text += std::to_string(p.bytes[2])) += ' ';
+        return told(frames, [](const Played& p) {
+            return p.bytes[1] == 128 ? text(p.frame) + "=" + text(p.bytes[2]) : std::string{};
         });
     }
     void numberRows() {
@@ -107,13 +98,16 @@ class ArpeggiatorRig {
     }
 
   private:
+    static std::string text(int number) { return std::to_string(number); }
     template <class Tell>
-    std::string told(Tell tell) {
-        std::string text;
-        for (const Played& p : played) tell(text, p);
+    std::string told(int frames, Tell tell) {
+        run(frames);
+        std::string all;
+        for (const Played& p : played)
+            if (const std::string one = tell(p); !one.empty())
+                all += (all.empty() ? "" : " ") + one;
         played.clear();
-        if (!text.empty()) text.pop_back();
-        return text;
+        return all;
     }
 };
 

@@ -98,8 +98,7 @@ TEST(Phrases, ChordCommandsWalkTheKeys) {
         const Phrase phrase = phraseOf(4, events);
         PhraseRig rig{phrase};
         for (int key = 0; key < c.keys; ++key) rig.on(60 + key);
-        std::string notes = rig.notes(2000);
-        EXPECT_EQ(notes, c.notes) << c.keys << " keys, " << c.commands.front();
+        EXPECT_EQ(rig.notes(2000), c.notes) << c.keys << " keys, " << c.commands.front();
     }
 }
 
@@ -131,14 +130,9 @@ TEST(Phrases, LikelyChordNotesComeAndGo) {
     rig.on(64, 40);
     rig.run(9995);
     int always = 0, sometimes = 0;
-    for (const auto& p : rig.played) {
-        if (p.bytes[0] != 0x90) continue;
-        // Certain by key or by event; else with (1 - (87 / 127)^2) * 64 / 127.
-        if (p.bytes[1] == 60 || p.frame / 10 % 2 == 0)
-            ++always;
-        else
-            ++sometimes;
-    }
+    // Certain by key or by event; else with (1 - (87 / 127)^2) * 64 / 127.
+    for (const auto& p : rig.played)
+        if (p.bytes[0] == 0x90) ++(p.bytes[1] == 60 || p.frame / 10 % 2 == 0 ? always : sometimes);
     EXPECT_EQ(always, 1500);
     EXPECT_NEAR(sometimes, 500 * 0.2675, 45);
 }
