@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "automation/host_parameters.h"
-#include "editor/editor.h"
 #include "editor/effect_commands.h"
 #include "editor/element_commands.h"
 #include "editor/scene_commands.h"
@@ -20,6 +19,7 @@
 #include "patch/element.h"
 #include "patch/parameter_ids.h"
 #include "patch/scene_table.h"
+#include "platform/settings_store.h"
 #include "settings/settings.h"
 #include "support/temporary_folder.h"
 
@@ -38,10 +38,11 @@ struct EditorCommands : testing::Test {
     CommandRing ring;
     HostParameters parameters{shared, multi, ring};
     std::unique_ptr<Engine> engine = std::make_unique<Engine>(shared, trace, 2);
-    Editor editor{EditorAccess{engine, parameters, multi, settings, trace}};
-    ElementCommands& elements = *editor.elements();
-    EffectCommands& effects = *editor.effects();
-    SceneCommands& scenes = *editor.scenes();
+    SettingsStore store;
+    EditorAccess access{engine, parameters, multi, settings, store, ring, trace};
+    ElementCommands elements{access};
+    EffectCommands effects{access};
+    SceneCommands scenes{access};
     Transport transport;
     PartEventLists events;
 
@@ -150,13 +151,12 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     EXPECT_EQ(multi.refresh.get(), refresh + 1);
 
     std::unique_ptr<Engine> none;
-    Editor early{EditorAccess{none, parameters, multi, settings, trace}};
-    EXPECT_FALSE(early.elements()->copy(0, 0));
-    EXPECT_FALSE(early.elements()->paste(0, 1, Paste::insert));
-    EXPECT_FALSE(early.elements()->remove(0, 1));
-    EXPECT_FALSE(early.effects()->loadPreset(master, 65, 9));
-    EXPECT_FALSE(early.scenes()->select(0, 1));
-    EXPECT_EQ(Editor{}.elements(), nullptr);
+    const EditorAccess early{none, parameters, multi, settings, store, ring, trace};
+    EXPECT_FALSE(ElementCommands{early}.copy(0, 0));
+    EXPECT_FALSE(ElementCommands{early}.paste(0, 1, Paste::insert));
+    EXPECT_FALSE(ElementCommands{early}.remove(0, 1));
+    EXPECT_FALSE(EffectCommands{early}.loadPreset(master, 65, 9));
+    EXPECT_FALSE(SceneCommands{early}.select(0, 1));
 }
 
 TEST_F(EditorCommands, ASoundingVoiceKeepsItsElement) {
