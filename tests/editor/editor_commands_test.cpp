@@ -87,7 +87,7 @@ TEST_F(EditorCommands, MoveElementsAndTellSo) {
     grow(3);
     elements.copy(0, 3);
     lines.clear();
-    const std::int32_t refresh = multi.refresh.get();
+    const std::uint32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     EXPECT_TRUE(elements.paste(0, 1, Paste::insert));
     EXPECT_NE(&patch(), before);  // what sounds keeps its elements
@@ -120,7 +120,7 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     grow(2);
     elements.copy(0, 1);
     const std::uint32_t changes = patch().changes(), masterChanges = engine->master().changes();
-    const std::int32_t refresh = multi.refresh.get();
+    const std::uint32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     for (const int element : {-1, 3, 64, 69, 300}) {
         EXPECT_FALSE(elements.copy(0, element)) << element;
