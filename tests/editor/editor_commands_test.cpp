@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "automation/host_parameters.h"
@@ -245,52 +243,6 @@ TEST_F(EditorCommands, ScenesAndPhrasesOfAPart) {
     render();
     EXPECT_EQ(patch().scenes().current(), 63);
     EXPECT_EQ(patch().phrase(), &patch().scenes().at(63)->phrase);
-}
-
-// Everything at once, while the other thread plays.
-TEST_F(EditorCommands, EditWhileTheOtherThreadRenders) {
-    const TemporaryFolder folder;
-    std::atomic<bool> stop{false};
-    bool finite = true;
-    std::thread audio{[&] {
-        for (int block = 0; !stop; ++block) {
-            note(block % 3 == 0 ? 0 : 90);
-            if (block % 4 == 0) patch().set(0, global::currentScene, 1 / 64.0f);
-            finite = finite && std::isfinite(render());
-        }
-    }};
-    elements.copy(0, 1);
-    for (int i = 0; i < 150; ++i) {
-        switch (i % 8) {
-            case 0:
-                elements.paste(0, 1 + i % 2, Paste::insert);
-                break;
-            case 1:
-                effects.loadPreset(0, 2, 2 + i % 30);
-                break;
-            case 2:
-                elements.remove(0, 2);
-                break;
-            case 3:
-                elements.init(0, 1, 1 + i % 5);
-                break;
-            case 4:
-                elements.paste(0, 1, Paste::over);
-                break;
-            case 5:
-                scenes.store(0, 1 + i % 2, 3);
-                break;
-            case 6:
-                scenes.select(0, 1 + i % 2);
-                break;
-            default:
-                effects.loadPreset(master, 65 + i % 4, 2 + i % 30);
-        }
-        engine->idle();
-    }
-    stop = true;
-    audio.join();
-    EXPECT_TRUE(finite);
 }
 
 }  // namespace
