@@ -8,13 +8,21 @@
 
 namespace stratovane {
 
+struct EditorAccess;
+class Instrument;
+class CombiCommands;
+class ContentChooser;
 class EffectCommands;
 class ElementCommands;
+class FileCommands;
+class KeyboardCommands;
+class LearnCommands;
+class ParameterCommands;
+class PartCommands;
 class SceneCommands;
-struct EditorAccess;
+class SettingsCommands;
 
-/// What views would call are its commands, kept by concept; without access to an instrument there
-/// are none.
+/// What views would call is its commands, kept by concept and handed out here.
 /// Threads: the UI thread's; parameterChanged comes from any.
 class Editor {
   public:
@@ -24,15 +32,24 @@ class Editor {
     };
 
     Editor();
-    explicit Editor(const EditorAccess& access);
+    Editor(const EditorAccess& access, Instrument& instrument);
     ~Editor();
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
 
-    /// Null for an editor without access.
-    ElementCommands* elements() { return elements_.get(); }
-    EffectCommands* effects() { return effects_.get(); }
-    SceneCommands* scenes() { return scenes_.get(); }
+    struct Commands;
+    /// Null, each of them, for an editor without an instrument.
+    ElementCommands* elements();
+    EffectCommands* effects();
+    SceneCommands* scenes();
+    ParameterCommands* parameters();
+    FileCommands* files();
+    PartCommands* parts();
+    CombiCommands* combis();
+    LearnCommands* learning();
+    KeyboardCommands* keyboard();
+    SettingsCommands* settings();
+    ContentChooser* content();
 
     const Rectangle* rectangle() const { return &rectangle_; }
     bool open(void* parentWindow);
@@ -48,9 +65,7 @@ class Editor {
     std::int32_t lastParameter() const { return lastParameter_; }
 
   private:
-    std::unique_ptr<ElementCommands> elements_;
-    std::unique_ptr<EffectCommands> effects_;
-    std::unique_ptr<SceneCommands> scenes_;
+    std::unique_ptr<Commands> commands_;
     Rectangle rectangle_;
     bool isOpen_ = false;
     std::int32_t knobMode_ = 0;

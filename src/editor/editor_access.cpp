@@ -14,7 +14,10 @@ Patch* EditorAccess::patch(int part) const {
 }
 
 void EditorAccess::tellChange(int part, int element) const {
-    if (isPart(part)) multi.part[static_cast<std::size_t>(part)].changes.bump();
+    if (isPart(part)) {
+        multi.part[static_cast<std::size_t>(part)].changes.bump();
+        parameters.refreshPart(part);
+    }
     multi.refresh.bump();
     multi.dirty = true;
     if (element < firstSendSlot) return;

@@ -5,9 +5,11 @@
 
 namespace stratovane {
 
+class CommandRing;
 class Engine;
 class HostParameters;
 class Patch;
+class SettingsStore;
 class Trace;
 struct MultiSetup;
 struct Settings;
@@ -17,14 +19,17 @@ struct EditorAccess {
     const std::unique_ptr<Engine>& engine;  // null until the instrument's first use
     HostParameters& parameters;
     MultiSetup& multi;
-    const Settings& settings;
+    Settings& settings;
+    SettingsStore& store;
+    CommandRing& commands;
     Trace& trace;
 
     static bool isPart(int part);
     /// The current patch of a part 0..15; for any other number the master channel's. Null while
     /// there is no engine.
     Patch* patch(int part) const;
-    /// After a change: the editor redraws, and a send slot's values go to the host's store.
+    /// After a change: the editor redraws, and what the host shows of the part and of a send slot
+    /// goes to the host's store.
     void tellChange(int part, int element) const;
 };
 

@@ -37,10 +37,12 @@ class RequestQueue {
         return true;
     }
     /// Whether a push by the only pushing thread would succeed.
-    bool hasRoom() const { return asked_.get() - done_.get() < capacity; }
+    bool hasRoom() const { return count() < capacity; }
+    /// Requests pushed and not done yet.
+    std::uint32_t count() const { return asked_.get() - done_.get(); }
     /// Whether a request was pushed that is not done yet. What is set while this is false is set
     /// after everything that was asked for before.
-    bool waits() const { return asked_.get() != done_.get(); }
+    bool waits() const { return count() != 0; }
 
     bool pop(Request& request) { return ring_.pop(request); }
     /// What was popped last has been carried out.

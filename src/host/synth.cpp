@@ -35,8 +35,9 @@ Synth::Synth(HostCallback host) : HostPluginBase{host, programCount, hostParamet
     shared_.liftCompensation = Lift{}.set(settings_.lift, sampleRate_);
     trace_.write(TraceLevel::content, "content path: %s", settings_.contentLocation.c_str());
 
-    record_.outputCount = 2 * settings_.outputs.pairs();
-    parameters_.setOutputPairs(settings_.outputs.pairs());
+    outputs_ = settings_.outputs;
+    record_.outputCount = 2 * outputs_.pairs();
+    parameters_.setOutputPairs(outputs_.pairs());
     record_.flags = canRenderReplacing | stateIsChunk | isInstrument;
     record_.uniqueId = fourCharacters("QvRR");
     record_.version = 1;
@@ -101,7 +102,7 @@ void Synth::lazyInit(const char* caller) {
     if (!lazyInitPending_) return;
     lazyInitPending_ = false;
     trace_.write(TraceLevel::lifecycle, "init (called from %s)", caller);
-    engine_ = std::make_unique<Engine>(shared_, trace_, settings_.outputs.pairs(), &library_);
+    engine_ = std::make_unique<Engine>(shared_, trace_, outputs_.pairs(), &library_);
     library_.setRenderPassed([this](std::uint32_t stamp) { return shared_.epoch.passed(stamp); });
     engine_->setLift(settings_.lift);
     parameters_.refreshMasterGain();
@@ -119,6 +120,11 @@ void Synth::lazyInit(const char* caller) {
     }
     status_.clear();
     trace_.write(TraceLevel::lifecycle, "init ok!");
+}
+
+Engine& Synth::startedEngine() {
+    lazyInit("editor");
+    return *engine_;
 }
 
 void Synth::resume() {

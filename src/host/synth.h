@@ -11,6 +11,7 @@
 #include "base/trace.h"
 #include "content/content_library.h"
 #include "editor/editor_access.h"
+#include "editor/instrument.h"
 #include "engine/command_ring.h"
 #include "engine/content_presence.h"
 #include "engine/multi_setup.h"
@@ -37,7 +38,7 @@ class Engine;
 
 /// Threads: processEvents, process and processReplacing are the audio thread's; setParameter and
 /// getParameter come from either; every other request is the UI thread's.
-class Synth : public HostPluginBase, private SetupListener {
+class Synth : public HostPluginBase, protected Instrument, private SetupListener {
   public:
     explicit Synth(HostCallback host);
     ~Synth() override;
@@ -49,7 +50,7 @@ class Synth : public HostPluginBase, private SetupListener {
 
     /// Where the content library lives from now on; stored when a library is there. Answers
     /// whether.
-    bool setContentLocation(std::string_view path);
+    bool setContentLocation(std::string_view path) override;
 
   protected:
     void setProgramName(const char* name) override;
@@ -81,17 +82,23 @@ class Synth : public HostPluginBase, private SetupListener {
     void onUserInterfaceRequest() override;
 
     /// For the editor, which lives no longer than this object.
-    EditorAccess editorAccess() { return {engine_, parameters_, multi_, settings_, trace_}; }
-
-    /// Files, combis, copying and saving, for the editor. UI thread.
-    SetupCommands& setupCommands() { return setupCommands_; }
+    EditorAccess editorAccess() {
+        return {engine_, parameters_, multi_, settings_, store_, commands_, trace_};
+    }
+    Instrument& instrument() { return *this; }
+    Engine& startedEngine() override;
+    SetupCommands& setupCommands() override { return setupCommands_; }
+    LibraryLoader& programs() override { return loader_; }
+    bool contentFound() const override { return contentFound_; }
+    void refreshProgramList() override { updateMidiLists(); }
+    void setByUser(std::int32_t index, float value) override {
+        setParameterAutomated(index, value);
+    }
     /// The last step of construction, once the whole object is there.
     void finishConstruction();
     /// Who follows what is set. Construction.
     void observeParameters(HostParameterObserver& observer) { parameters_.observe(&observer); }
-    /// The editor's reset: the whole setup as the General MIDI mode starts, or empty with the mode
-    /// off. UI thread.
-    void resetGeneralMidi();
+    void resetGeneralMidi() override;
     /// What the editor's status line says. Any thread.
     void showStatus(TextOut& out) const { status_.show(out); }
 
@@ -128,6 +135,7 @@ class Synth : public HostPluginBase, private SetupListener {
     Trace trace_;
     SettingsStore store_;
     Settings settings_;
+    OutputLayout outputs_;  // as the host knows it; a changed setting waits for the next instance
     EngineShared shared_;
     MultiSetup multi_;
     CommandRing commands_;

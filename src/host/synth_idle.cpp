@@ -27,8 +27,9 @@ std::int32_t Synth::fxIdle() {
 }
 
 void Synth::handleRequests() {
+    // What comes meanwhile waits for the next call: messages may ask faster than combis load.
     Request request;
-    while (multi_.requests.pop(request)) {
+    for (std::uint32_t n = multi_.requests.count(); n > 0 && multi_.requests.pop(request); --n) {
         generalMidi_.carryOut(*engine_, request);
         if (request.kind == Request::Kind::resetGeneralMidi) finishReset();
         multi_.requests.done();

@@ -3,7 +3,7 @@
 namespace stratovane {
 
 SynthPlugin::SynthPlugin(HostCallback host)
-    : Synth{host}, editor_{std::make_unique<Editor>(editorAccess())} {
+    : Synth{host}, editor_{std::make_unique<Editor>(editorAccess(), instrument())} {
     record_.flags |= hasEditor;
     observeParameters(*this);
     finishConstruction();

@@ -12,6 +12,8 @@ class SynthPlugin final : public Synth, private HostParameterObserver {
   public:
     explicit SynthPlugin(HostCallback host);
 
+    Editor& editor() { return *editor_; }
+
   protected:
     void setProgram(std::int32_t program) override;
     std::intptr_t editorRequest(Opcode opcode, std::int32_t index, std::intptr_t value,

@@ -67,7 +67,7 @@ bool Synth::copyProgram(std::int32_t) { return true; }
 
 bool Synth::getOutputProperties(std::int32_t index, OutputProperties* properties) {
     if (properties == nullptr || index < 0 || index >= record_.outputCount) return false;
-    const std::string& letters = settings_.outputs.letters;
+    const std::string& letters = outputs_.letters;
     const auto pair = static_cast<std::size_t>(index / 2);
     *properties = {};
     TextOut label{properties->label};

@@ -74,14 +74,28 @@ WindowVoice advance(PartState& part, Voice& voice, const Window& window) {
     return result;
 }
 
+/// The first slot of an element from `element` on.
+int slotFrom(const PartState& part, int element) {
+    int slot = 0;
+    while (slot < part.slots.active() && part.slots[slot].element < element) ++slot;
+    return slot;
+}
+
+void freeSlot(PartState& part, int slot) {
+    part.voiceAt(slot).content = 0;
+    part.slots.free(slot);
+}
+
+/// An element that became an effect while it sounded advances no voice any more: voices kept until
+/// it sounds again would play ticks of a time long past.
+void endVoicesOf(PartState& part, int element) {
+    const int first = slotFrom(part, element);
+    for (int slot = slotFrom(part, element + 1); slot-- > first;) freeSlot(part, slot);
+}
+
 /// The slots of the elements between two effects, in a window. Answers whether a voice sounded.
 bool mixWindow(PartState& part, int afterElement, int beforeElement, Window& window) {
-    const auto slotFrom = [&part](int element) {
-        int slot = 0;
-        while (slot < part.slots.active() && part.slots[slot].element < element) ++slot;
-        return slot;
-    };
-    const int first = slotFrom(afterElement + 1), end = slotFrom(beforeElement);
+    const int first = slotFrom(part, afterElement + 1), end = slotFrom(part, beforeElement);
     std::array<WindowVoice, voicesPerPart> voices;
     for (int slot = first; slot < end; ++slot)
         voices[static_cast<std::size_t>(slot)] = advance(part, part.voiceAt(slot), window);
@@ -95,10 +109,7 @@ bool mixWindow(PartState& part, int afterElement, int beforeElement, Window& win
         sounded |= (voice.before && voice.turn > 0) || voice.after;
     }
     for (int slot = end - 1; slot >= first; --slot)
-        if (voices[static_cast<std::size_t>(slot)].ended) {
-            part.voiceAt(slot).content = 0;
-            part.slots.free(slot);
-        }
+        if (voices[static_cast<std::size_t>(slot)].ended) freeSlot(part, slot);
     return sounded;
 }
 
@@ -153,6 +164,7 @@ bool PartMix::render(PartState& part, const EffectWays& ways, const BlockPlace& 
     bool sounded = false, silent = true;
     int last = 0;
     for (const int effect : part.patch.effectElements()) {
+        endVoicesOf(part, effect);
         const bool played = renderSegment(part, last, effect, place.frames);
         silent = silent && !played;
         sounded |= played;

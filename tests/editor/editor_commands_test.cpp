@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "automation/host_parameters.h"
-#include "editor/editor.h"
 #include "editor/effect_commands.h"
 #include "editor/element_commands.h"
 #include "editor/scene_commands.h"
@@ -20,6 +17,7 @@
 #include "patch/element.h"
 #include "patch/parameter_ids.h"
 #include "patch/scene_table.h"
+#include "platform/settings_store.h"
 #include "settings/settings.h"
 #include "support/temporary_folder.h"
 
@@ -38,10 +36,11 @@ struct EditorCommands : testing::Test {
     CommandRing ring;
     HostParameters parameters{shared, multi, ring};
     std::unique_ptr<Engine> engine = std::make_unique<Engine>(shared, trace, 2);
-    Editor editor{EditorAccess{engine, parameters, multi, settings, trace}};
-    ElementCommands& elements = *editor.elements();
-    EffectCommands& effects = *editor.effects();
-    SceneCommands& scenes = *editor.scenes();
+    SettingsStore store;
+    EditorAccess access{engine, parameters, multi, settings, store, ring, trace};
+    ElementCommands elements{access};
+    EffectCommands effects{access};
+    SceneCommands scenes{access};
     Transport transport;
     PartEventLists events;
 
@@ -86,7 +85,7 @@ TEST_F(EditorCommands, MoveElementsAndTellSo) {
     grow(3);
     elements.copy(0, 3);
     lines.clear();
-    const std::int32_t refresh = multi.refresh.get();
+    const std::uint32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     EXPECT_TRUE(elements.paste(0, 1, Paste::insert));
     EXPECT_NE(&patch(), before);  // what sounds keeps its elements
@@ -119,7 +118,7 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     grow(2);
     elements.copy(0, 1);
     const std::uint32_t changes = patch().changes(), masterChanges = engine->master().changes();
-    const std::int32_t refresh = multi.refresh.get();
+    const std::uint32_t refresh = multi.refresh.get();
     const Patch* before = &patch();
     for (const int element : {-1, 3, 64, 69, 300}) {
         EXPECT_FALSE(elements.copy(0, element)) << element;
@@ -150,13 +149,12 @@ TEST_F(EditorCommands, NumbersOutOfRangeDoNothing) {
     EXPECT_EQ(multi.refresh.get(), refresh + 1);
 
     std::unique_ptr<Engine> none;
-    Editor early{EditorAccess{none, parameters, multi, settings, trace}};
-    EXPECT_FALSE(early.elements()->copy(0, 0));
-    EXPECT_FALSE(early.elements()->paste(0, 1, Paste::insert));
-    EXPECT_FALSE(early.elements()->remove(0, 1));
-    EXPECT_FALSE(early.effects()->loadPreset(master, 65, 9));
-    EXPECT_FALSE(early.scenes()->select(0, 1));
-    EXPECT_EQ(Editor{}.elements(), nullptr);
+    const EditorAccess early{none, parameters, multi, settings, store, ring, trace};
+    EXPECT_FALSE(ElementCommands{early}.copy(0, 0));
+    EXPECT_FALSE(ElementCommands{early}.paste(0, 1, Paste::insert));
+    EXPECT_FALSE(ElementCommands{early}.remove(0, 1));
+    EXPECT_FALSE(EffectCommands{early}.loadPreset(master, 65, 9));
+    EXPECT_FALSE(SceneCommands{early}.select(0, 1));
 }
 
 TEST_F(EditorCommands, ASoundingVoiceKeepsItsElement) {
@@ -245,52 +243,6 @@ TEST_F(EditorCommands, ScenesAndPhrasesOfAPart) {
     render();
     EXPECT_EQ(patch().scenes().current(), 63);
     EXPECT_EQ(patch().phrase(), &patch().scenes().at(63)->phrase);
-}
-
-// Everything at once, while the other thread plays.
-TEST_F(EditorCommands, EditWhileTheOtherThreadRenders) {
-    const TemporaryFolder folder;
-    std::atomic<bool> stop{false};
-    bool finite = true;
-    std::thread audio{[&] {
-        for (int block = 0; !stop; ++block) {
-            note(block % 3 == 0 ? 0 : 90);
-            if (block % 4 == 0) patch().set(0, global::currentScene, 1 / 64.0f);
-            finite = finite && std::isfinite(render());
-        }
-    }};
-    elements.copy(0, 1);
-    for (int i = 0; i < 150; ++i) {
-        switch (i % 8) {
-            case 0:
-                elements.paste(0, 1 + i % 2, Paste::insert);
-                break;
-            case 1:
-                effects.loadPreset(0, 2, 2 + i % 30);
-                break;
-            case 2:
-                elements.remove(0, 2);
-                break;
-            case 3:
-                elements.init(0, 1, 1 + i % 5);
-                break;
-            case 4:
-                elements.paste(0, 1, Paste::over);
-                break;
-            case 5:
-                scenes.store(0, 1 + i % 2, 3);
-                break;
-            case 6:
-                scenes.select(0, 1 + i % 2);
-                break;
-            default:
-                effects.loadPreset(master, 65 + i % 4, 2 + i % 30);
-        }
-        engine->idle();
-    }
-    stop = true;
-    audio.join();
-    EXPECT_TRUE(finite);
 }
 
 }  // namespace

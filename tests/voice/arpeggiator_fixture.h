@@ -77,14 +77,14 @@ class ArpeggiatorRig {
             const int kind = p.bytes[0];
             const char* sign = kind == 0x90 ? "+" : kind == 0x80 ? "-" : kind == 0xB0 ? "#" : "?";
             return text(p.frame) + sign + text(p.bytes[1]) +
-                   (kind == 0xB0 ? "=" + text(p.bytes[2]) : "");
+                   (kind == 0xB0 ? std::string{"="} + text(p.bytes[2]) : "");
         });
     }
     /// As `after`, but only the notes struck: "60 64", with "/velocity" when asked for.
     std::string notes(int frames, bool velocities = false) {
         return told(frames, [velocities](const Played& p) {
             if (p.bytes[0] != 0x90) return std::string{};
-            return text(p.bytes[1]) + (velocities ? "/" + text(p.bytes[2]) : "");
+            return text(p.bytes[1]) + (velocities ? std::string{"/"} + text(p.bytes[2]) : "");
         });
     }
     /// As `after`, but only the step numbers that rows numbered so send: "frame=step".
