@@ -49,14 +49,17 @@ class EffectRun {
     EffectRun(int number, const Values& values, float rate = 48000)
         : rate_{rate}, unit_{makeEffectUnit(number)} {
         unit_->setSeed(7);
-        unit_->setKeySource(&keys_);
+        unit_->setKeySource(&keys);
         tempo(120);
+        set(values);
         unit_->setSampleRate(rate);
-        for (const auto& [index, value] : values) unit_->setParameter(index, value);
     }
     EffectUnit& unit() { return *unit_; }
     void set(int index, float value) { unit_->setParameter(index, value); }
-    void key(float pitch) { keys_.pitch = pitch; }
+    void set(const Values& values) {
+        for (const auto& [index, value] : values) set(index, value);
+    }
+    void key(float pitch) { keys.pitch = pitch; }
     void tempo(float beatsPerMinute) {
         beatsPerSample_ = static_cast<double>(beatsPerMinute) / (60.0 * static_cast<double>(rate_));
         unit_->setTempo(beatsPerMinute, beatsPerSample_);
@@ -79,13 +82,15 @@ class EffectRun {
         }
         return out;
     }
+    StereoSignal operator()(const measure::Signal& both) { return (*this)({both, both}); }
     /// The silence flag as the last block left it.
     bool flag() const { return flag_; }
     double beat() const { return beat_; }
 
+    KeySource keys;
+
   private:
     float rate_;
-    KeySource keys_;
     double beatsPerSample_ = 0, beat_ = 0;
     bool flag_ = false;
     std::unique_ptr<EffectUnit> unit_;
