@@ -412,39 +412,21 @@ TEST(ModulateLeftRight, VocoderSpeaksInEightOctaves) {
 }
 
 TEST(Dynamics, Displays) {
-    const struct {
-        int number, index;
-        float value;
-        std::string_view text;
-    } rows[] = {{limiter, 2, 0.5f, "+15.0 dB"},
-                {compressor, 2, 0.5f, "-10.0 dB"},
-                {compressor, 3, 0.5f, "5.8 : 1"},
-                {multiband, 3, 0.25f, "75 : 25"},
-                {punch, 3, 1, "20.0 : 1"},
-                {punch, 4, 0, "0.01 ms"},
-                {punch, 5, 0.5f, "99.01 ms"},
-                {gate, 2, 1, "+0.0 dB"},
-                {distortion, 3, 0, "-100 %"},
-                {bitReduction, 2, 1, "66150 Hz"},
-                {bitReduction, 2, 0, "1470 Hz"},
-                {bitReduction, 3, 0.1f, "15 bit"},
-                {bitReduction, 3, 1, "6 bit"},
-                {bitReduction, 4, 0, "5.000 ms"},
-                {bitReduction, 5, 0.51f, "Compand"},
-                {ampSimulator, 2, 0.5f, "4x12"},
-                {ampSimulator, 2, 1, "Radio"},
-                {ampSimulator, 5, 0.25f, "Inv 50 %"},
-                {ampSimulator, 5, 0.75f, "50 %"},
-                {ampSimulator, 6, 0.5f, "Mono"},
-                {tubeDrive, 3, 0.5f, "Hard"},
-                {tubeDrive, 7, 1, "Stereo"},
-                {waveshaper, 3, 0.5f, "1.00 Hz"},
-                {modulateLeftRight, 2, 1, "Vocoder"},
-                {modulateLeftRight, 4, 0, "-20.0 dB"},
-                {modulateLeftRight, 5, 0.5f, "Stereo"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(shownEffectValue(row.number, row.index, {{row.index, row.value}}), row.text)
-            << row.number << ", " << row.index;
+    expectShown({
+        {limiter, {{2, 0.5f, "+15.0 dB"}}},
+        {compressor, {{2, 0.5f, "-10.0 dB"}, {3, 0.5f, "5.8 : 1"}}},
+        {multiband, {{3, 0.25f, "75 : 25"}}},
+        {punch, {{3, 1, "20.0 : 1"}, {4, 0, "0.01 ms"}, {5, 0.5f, "99.01 ms"}}},
+        {gate, {{2, 1, "+0.0 dB"}}},
+        {distortion, {{3, 0, "-100 %"}}},
+        {bitReduction, {{2, 1, "66150 Hz"}, {2, 0, "1470 Hz"}, {3, 0.1f, "15 bit"}}},
+        {bitReduction, {{3, 1, "6 bit"}, {4, 0, "5.000 ms"}, {5, 0.51f, "Compand"}}},
+        {ampSimulator, {{2, 0.5f, "4x12"}, {2, 1, "Radio"}, {5, 0.25f, "Inv 50 %"}}},
+        {ampSimulator, {{5, 0.75f, "50 %"}, {6, 0.5f, "Mono"}}},
+        {tubeDrive, {{3, 0.5f, "Hard"}, {7, 1, "Stereo"}}},
+        {waveshaper, {{3, 0.5f, "1.00 Hz"}}},
+        {modulateLeftRight, {{2, 1, "Vocoder"}, {4, 0, "-20.0 dB"}, {5, 0.5f, "Stereo"}}},
+    });
 }
 
 }  // namespace

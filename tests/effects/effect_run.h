@@ -1,6 +1,8 @@
 // One effect, set up and driven by a test.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
@@ -8,6 +10,8 @@
 #include <numbers>
 #include <span>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -106,6 +110,21 @@ inline std::string shownEffectValue(int number, int index, const EffectRun::Valu
     TextOut out{text};
     showEffectValue(out, type, index, view);
     return std::string{out.view()};
+}
+
+/// Texts of a type's parameters at some values, all else at its defaults (so below 0, too).
+struct Shows {
+    int type;
+    std::vector<std::tuple<int, float, std::string_view>> texts;
+};
+inline void expectShown(const std::vector<Shows>& all) {
+    for (const auto& [type, texts] : all)
+        for (const auto& [index, value, text] : texts) {
+            EffectRun::Values values;
+            if (value >= 0) values.emplace_back(index, value);
+            EXPECT_EQ(shownEffectValue(type, index, values), text)
+                << effectType(type)->name << ", " << index;
+        }
 }
 
 }  // namespace stratovane

@@ -22,7 +22,9 @@ constexpr float rate = 48000;
 
 struct Player : EffectRun {
     Player(const EffectType& type, const Values& values, float hz = rate)
-        : EffectRun{type.number, values, hz} {}
+        : EffectRun{type.number, values, hz} {
+        key(0);
+    }
     StereoSignal play(const Signal& left, const Signal& right) {
         return (*this)({left, right}, 100);
     }
