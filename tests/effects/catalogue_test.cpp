@@ -36,14 +36,10 @@ struct Group {
 };
 
 const Group catalogue[] = {
-    {0,
-     0,
-     {"Reverb", "Hall Reverb", "Plate Reverb", "Room Reverb", "Reverse Reverb", "Non-Linear Reverb",
-      "Early Reflections", "Tuned Resonators", "Overheads"}},
-    {10,
-     0,
-     {"Delay", "Stereo Delay", "Long Delay", "Tape Delay", "Ducking Delay", "Grain Delay",
-      "Diffuser Delay"}},
+    {0, 0, {"Reverb", "Hall Reverb", "Plate Reverb", "Room Reverb", "Reverse Reverb"}},
+    {5, 0, {"Non-Linear Reverb", "Early Reflections", "Tuned Resonators", "Overheads"}},
+    {10, 0, {"Delay", "Stereo Delay", "Long Delay", "Tape Delay"}},
+    {14, 0, {"Ducking Delay", "Grain Delay", "Diffuser Delay"}},
     {19, 0, {"Chorus + Reverb", "Chorus", "Quad Chorus", "Space Chorus", "Ensemble"}},
     {30, 0, {"Flanger", "Step Flanger"}},
     {40, 0, {"Phaser", "Deep Phaser", "Bi-Phaser"}},
@@ -57,9 +53,8 @@ const Group catalogue[] = {
     {92, 0.5f, {"Multiband"}},
     {93, 0.1f, {"Punch"}},
     {95, 0.1f, {"Gate"}},
-    {100,
-     0.1f,
-     {"Distortion", "Overdrive", "Bit Reduction", "Amp Simulator", "Tube Drive", "Waveshaper"}},
+    {100, 0.1f, {"Distortion", "Overdrive", "Bit Reduction", "Amp Simulator"}},
+    {104, 0.1f, {"Tube Drive", "Waveshaper"}},
     {110, 0.5f, {"Modulate L/R"}},
 };
 

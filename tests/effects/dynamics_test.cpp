@@ -151,13 +151,13 @@ TEST(Dynamics, MultibandTreatsBandsApart) {
     EXPECT_NEAR(gainDb({{2, 0}, {3, 0}, {4, 0}}, 400, 0.1), 6.02 - 20.1, 0.5);
     EXPECT_LT(gainDb({{2, 0}, {3, 0.5f}, {4, 0}}, 400, 0.1), -12);
     // Loud lows take the lows back and leave the highs.
-    Rig rig{multiband, {{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}}};
+    const Settings driven{{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}};
+    Rig rig{multiband, driven};
     const Signal high = sine(9000, 0.01, 48000), low = sine(20, 0.8, 48000);
     Signal both = high;
     for (std::size_t i = 0; i < both.size(); ++i) both[i] += low[i];
     const double alone = level(rig.mono(high), 9000), with = level(rig.mono(both), 9000);
     EXPECT_NEAR(measure::decibels(with / alone), 0, 0.5);
-    const Settings driven{{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}};
     EXPECT_LT(gainDb(driven, 20, 0.8), gainDb(driven, 20, 0.008) - 8);
 }
 

@@ -22,6 +22,10 @@
 
 namespace stratovane {
 
+/// A table of cases.
+template <class... T>
+using Rows = std::vector<std::tuple<T...>>;
+
 struct StereoSignal {
     measure::Signal left, right;
 };

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <tuple>
 
 #include "effects/all_types.h"
 #include "effects/effect_run.h"
@@ -15,8 +14,6 @@ namespace {
 
 using measure::Signal;
 using Values = EffectRun::Values;
-template <class... T>
-using Rows = std::vector<std::tuple<T...>>;
 
 constexpr float rate = 48000;
 
@@ -306,6 +303,13 @@ TEST(Overheads, MatrixTwoDiffusers) {
 // The resonators' rate is high, so that whole samples make good cents.
 constexpr float fineRate = 192000;
 
+struct Resonators : Player {
+    explicit Resonators(const Values& values) : Player{effect::tunedResonators, values, fineRate} {
+        set({{0, 1}, {8, 1}});
+        unit().setSampleRate(fineRate);
+    }
+};
+
 StereoSignal ring(Player& player, double seconds) {
     Signal x(static_cast<std::size_t>(seconds * double(fineRate)));
     Signal burst = noise(2000);
@@ -332,10 +336,7 @@ TEST(TunedResonators, SoundTheChordOfSpacingAndRoot) {
         {0.6f, 0.0f, 0.45f, 392.00 * 0.97153, {0, 100, 200, 300, 400, 500, 600}},
     };
     for (const auto& c : cases) {
-        Player player{
-            effect::tunedResonators,
-            {{0, 1}, {2, 1}, {3, c.root}, {4, c.detune}, {5, c.spacing}, {6, 0.8f}, {8, 1}},
-            fineRate};
+        Resonators player{{{2, 1}, {3, c.root}, {4, c.detune}, {5, c.spacing}, {6, 0.8f}}};
         const Signal x = ring(player, 1).left;
         for (const double cents : c.cents) {
             SCOPED_TRACE(cents);
@@ -353,9 +354,7 @@ TEST(TunedResonators, DecayAsToldAndFasterWithoutKey) {
                                                     {0.5f, 0.25f, false, 10.0 + 59.9},
                                                     {0.5f, 0.75f, false, 10.0 + 59.9}};
     for (const auto& [decay, release, held, dbPerSecond] : cases) {
-        Player player{effect::tunedResonators,
-                      {{0, 1}, {2, 0}, {4, 0.5f}, {6, decay}, {8, 1}, {10, release}},
-                      fineRate};
+        Resonators player{{{2, 0}, {4, 0.5f}, {6, decay}, {10, release}}};
         player.key(held ? std::log(32.0f) : -10.0f);
         const Signal x = ring(player, 0.6).left;
         const auto levelFrom = [&x](double seconds) {
@@ -375,9 +374,7 @@ TEST(TunedResonators, FollowTheKeyInOctavesThatFit) {
         {12, 1.0f, 32.70},    // 16.35 Hz is too long for a line
         {96, 1.0f, 2081.3}};  // 2093 Hz in 92 samples and a quarter of the damping's
     for (const auto& [note, tracking, hz] : cases) {
-        Player player{effect::tunedResonators,
-                      {{0, 1}, {2, 0}, {3, 0.5f}, {4, 0.5f}, {6, 0.8f}, {8, 1}, {10, tracking}},
-                      fineRate};
+        Resonators player{{{2, 0}, {3, 0.5f}, {4, 0.5f}, {6, 0.8f}, {10, tracking}}};
         player.key(static_cast<float>(note / 12 * std::log(2.0)));
         const Signal x = ring(player, 1).left;
         expectTone(x, hz, 6);
@@ -389,9 +386,7 @@ TEST(TunedResonators, FollowTheKeyInOctavesThatFit) {
 
 TEST(TunedResonators, SpreadTheirBands) {
     const auto levels = [](float width) {
-        Player player{effect::tunedResonators,
-                      {{0, 1}, {2, 0.2f}, {4, 0.5f}, {5, 0.9f}, {6, 0.8f}, {8, 1}, {9, width}},
-                      fineRate};  // two bands
+        Resonators player{{{2, 0.2f}, {4, 0.5f}, {5, 0.9f}, {6, 0.8f}, {9, width}}};  // two bands
         const StereoSignal out = ring(player, 1);
         std::array<double, 4> db{};
         for (std::size_t i = 0; i < 4; ++i)
@@ -411,37 +406,34 @@ TEST(TunedResonators, SpreadTheirBands) {
 }
 
 TEST(Reverb, DisplaysTellTheirUnits) {
-    const struct {
-        const EffectType& type;
+    struct Shown {
         int index;
         float value;
         std::string_view label, text;
-    } cases[] = {{effect::reverb, 2, 0.5f, "Time", "1.69 s"},
-                 {effect::reverb, 4, 0.75f, "High EQ", "25 %"},
-                 {effect::hallReverb, 3, 0.5f, "Pre Del", "100 ms"},
-                 {effect::hallReverb, 6, 1.0f, "Hi EQ", "0 %"},
-                 {effect::plateReverb, 2, 1.0f, "Time", "10.00 s"},
-                 {effect::roomReverb, 2, 0.5f, "Time", "3.8 sec"},
-                 {effect::roomReverb, 3, 0.5f, "Pre Del", "62.5 ms"},
-                 {effect::reverseReverb, 1, 1.0f, "Sync", "ON"},
-                 {effect::reverseReverb, 2, 0.3f, "Time", "300 ms"},
-                 {effect::nonLinearReverb, 2, 1.0f, "Time", "0.50 s"},
-                 {effect::earlyReflections, 2, 1.0f, "Time", "250 ms"},
-                 {effect::tunedResonators, 2, 1.0f, "Bands", "7"},
-                 {effect::tunedResonators, 3, 0.5f, "Root", "C3"},
-                 {effect::tunedResonators, 4, 0.5f, "Detune", "+0 cent"},
-                 {effect::tunedResonators, 5, 0.45f, "Spacing", "100 cent"},
-                 {effect::tunedResonators, 5, 0.9f, "Spacing", "200 cent"},
-                 {effect::tunedResonators, 5, 0.92f, "Spacing", "Minor"},
-                 {effect::tunedResonators, 5, 0.96f, "Spacing", "Major"},
-                 {effect::tunedResonators, 6, 0.5f, "Decay", "10.0 dB/s"},
-                 {effect::tunedResonators, 10, 0.0f, "Key/Rel", "100 Fix"},
-                 {effect::tunedResonators, 10, 0.75f, "Key/Rel", "50 Trk"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(shownEffectValue(c.type.number, c.index, {{c.index, c.value}}), c.text)
-            << c.label;
-        EXPECT_EQ(c.type.rows[static_cast<std::size_t>(c.index)].label, c.label);
-    }
+    };
+    const Rows<const EffectType&, std::vector<Shown>> cases = {
+        {effect::reverb, {{2, 0.5f, "Time", "1.69 s"}, {4, 0.75f, "High EQ", "25 %"}}},
+        {effect::hallReverb, {{3, 0.5f, "Pre Del", "100 ms"}, {6, 1.0f, "Hi EQ", "0 %"}}},
+        {effect::plateReverb, {{2, 1.0f, "Time", "10.00 s"}}},
+        {effect::roomReverb, {{2, 0.5f, "Time", "3.8 sec"}, {3, 0.5f, "Pre Del", "62.5 ms"}}},
+        {effect::reverseReverb, {{1, 1.0f, "Sync", "ON"}, {2, 0.3f, "Time", "300 ms"}}},
+        {effect::nonLinearReverb, {{2, 1.0f, "Time", "0.50 s"}}},
+        {effect::earlyReflections, {{2, 1.0f, "Time", "250 ms"}}},
+        {effect::tunedResonators, {{2, 1.0f, "Bands", "7"}, {3, 0.5f, "Root", "C3"}}},
+        {effect::tunedResonators, {{4, 0.5f, "Detune", "+0 cent"}}},
+        {effect::tunedResonators, {{5, 0.45f, "Spacing", "100 cent"}}},
+        {effect::tunedResonators, {{5, 0.9f, "Spacing", "200 cent"}}},
+        {effect::tunedResonators, {{5, 0.92f, "Spacing", "Minor"}}},
+        {effect::tunedResonators, {{5, 0.96f, "Spacing", "Major"}}},
+        {effect::tunedResonators, {{6, 0.5f, "Decay", "10.0 dB/s"}}},
+        {effect::tunedResonators, {{10, 0.0f, "Key/Rel", "100 Fix"}}},
+        {effect::tunedResonators, {{10, 0.75f, "Key/Rel", "50 Trk"}}},
+    };
+    for (const auto& [type, all] : cases)
+        for (const auto& [index, value, label, text] : all) {
+            EXPECT_EQ(shownEffectValue(type.number, index, {{index, value}}), text) << label;
+            EXPECT_EQ(type.rows[static_cast<std::size_t>(index)].label, label);
+        }
     EXPECT_EQ(shownEffectValue(effect::reverseReverb.number, 2, {{1, 1}, {2, 1}}), "8/4");
 }
 
