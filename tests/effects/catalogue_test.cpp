@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <set>
+#include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "base/units.h"
@@ -22,66 +25,51 @@ using Frames = std::vector<StereoFrame>;
 constexpr float rates[] = {8000, 44100, 48000, 96000, 192000};
 constexpr float beatsPerSecond = 2;
 
-struct Named {
-    int number;
-    std::string_view name, shown;
-    float tailSeconds = 0;  // 0: 200000 samples
+/// Types of successive numbers.
+struct Group {
+    int first;
+    float tailSeconds;  // 0: 200000 samples
+    std::vector<std::string_view> names;
+    bool holds(int number) const {
+        return number >= first && number < first + static_cast<int>(names.size());
+    }
 };
 
-constexpr Named catalogue[] = {
-    {0, "Reverb", ""},
-    {1, "Hall Reverb", ""},
-    {2, "Plate Reverb", ""},
-    {3, "Room Reverb", "Tavaverb"},
-    {4, "Reverse Reverb", ""},
-    {5, "Non-Linear Reverb", ""},
-    {6, "Early Reflections", ""},
-    {7, "Tuned Resonators", ""},
-    {8, "Overheads", ""},
-    {10, "Delay", ""},
-    {11, "Stereo Delay", ""},
-    {12, "Long Delay", ""},
-    {13, "Tape Delay", ""},
-    {14, "Ducking Delay", ""},
-    {15, "Grain Delay", ""},
-    {16, "Diffuser Delay", ""},
-    {19, "Chorus + Reverb", "Cho+Rev"},
-    {20, "Chorus", ""},
-    {21, "Quad Chorus", ""},
-    {22, "Space Chorus", ""},
-    {23, "Ensemble", ""},
-    {30, "Flanger", ""},
-    {31, "Step Flanger", ""},
-    {40, "Phaser", ""},
-    {41, "Deep Phaser", ""},
-    {42, "Bi-Phaser", ""},
-    {50, "Pan / Tremolo", "", 0.05f},
-    {51, "Stereo Width", "", 0.05f},
-    {52, "Stereo Enhancer", "", 0.05f},
-    {54, "Scanner Vibrato", "", 0.01f},
-    {55, "Rotary Speaker", "Rotary", 0.01f},
-    {56, "Rotary Speaker 2", "", 0.01f},
-    {60, "Pitch Shift", ""},
-    {61, "Detune", ""},
-    {70, "Vintage Filter", ""},
-    {71, "Wah Pedal", ""},
-    {72, "TalkBox", ""},
-    {80, "Shelf EQ", "", 0.5f},
-    {81, "Parametric EQ", "", 0.5f},
-    {85, "Enhancer", "", 0.5f},
-    {90, "Limiter", "", 0.1f},
-    {91, "Compressor", "", 0.1f},
-    {92, "Multiband", "Multiband Comp", 0.5f},
-    {93, "Punch", "", 0.1f},
-    {95, "Gate", "", 0.1f},
-    {100, "Distortion", "", 0.1f},
-    {101, "Overdrive", "", 0.1f},
-    {102, "Bit Reduction", "", 0.1f},
-    {103, "Amp Simulator", "", 0.1f},
-    {104, "Tube Drive", "", 0.1f},
-    {105, "Waveshaper", "", 0.1f},
-    {110, "Modulate L/R", "Modulate L->R", 0.5f},
+const Group catalogue[] = {
+    {0, 0, {"Reverb", "Hall Reverb", "Plate Reverb", "Room Reverb", "Reverse Reverb"}},
+    {5, 0, {"Non-Linear Reverb", "Early Reflections", "Tuned Resonators", "Overheads"}},
+    {10, 0, {"Delay", "Stereo Delay", "Long Delay", "Tape Delay"}},
+    {14, 0, {"Ducking Delay", "Grain Delay", "Diffuser Delay"}},
+    {19, 0, {"Chorus + Reverb", "Chorus", "Quad Chorus", "Space Chorus", "Ensemble"}},
+    {30, 0, {"Flanger", "Step Flanger"}},
+    {40, 0, {"Phaser", "Deep Phaser", "Bi-Phaser"}},
+    {50, 0.05f, {"Pan / Tremolo", "Stereo Width", "Stereo Enhancer"}},
+    {54, 0.01f, {"Scanner Vibrato", "Rotary Speaker", "Rotary Speaker 2"}},
+    {60, 0, {"Pitch Shift", "Detune"}},
+    {70, 0, {"Vintage Filter", "Wah Pedal", "TalkBox"}},
+    {80, 0.5f, {"Shelf EQ", "Parametric EQ"}},
+    {85, 0.5f, {"Enhancer"}},
+    {90, 0.1f, {"Limiter", "Compressor"}},
+    {92, 0.5f, {"Multiband"}},
+    {93, 0.1f, {"Punch"}},
+    {95, 0.1f, {"Gate"}},
+    {100, 0.1f, {"Distortion", "Overdrive", "Bit Reduction", "Amp Simulator"}},
+    {104, 0.1f, {"Tube Drive", "Waveshaper"}},
+    {110, 0.5f, {"Modulate L/R"}},
 };
+
+const Group* runOf(int number) {
+    const auto found = std::find_if(std::begin(catalogue), std::end(catalogue),
+                                    [number](const Group& run) { return run.holds(number); });
+    return found == std::end(catalogue) ? nullptr : found;
+}
+
+/// Where displays use another name.
+const std::map<int, std::string_view> shown = {{3, "Tavaverb"},
+                                               {19, "Cho+Rev"},
+                                               {55, "Rotary"},
+                                               {92, "Multiband Comp"},
+                                               {110, "Modulate L->R"}};
 
 bool isOneOf(int number, std::initializer_list<int> list) {
     return std::find(list.begin(), list.end(), number) != list.end();
@@ -195,18 +183,17 @@ std::string describe(const EffectType& type, float rate, const Values& values) {
 }
 
 TEST(Catalogue, HoldsTheNamesAndNumbersThatPatchesStore) {
-    ASSERT_EQ(effectTypes().size(), std::size(catalogue));
+    ASSERT_EQ(effectTypes().size(), 52u);
     for (int number = -1; number <= 130; ++number) {
-        const auto* expected =
-            std::find_if(std::begin(catalogue), std::end(catalogue),
-                         [number](const Named& n) { return n.number == number; });
+        const Group* run = runOf(number);
         const EffectType* type = effectType(number);
-        ASSERT_EQ(type != nullptr, expected != std::end(catalogue)) << number;
+        ASSERT_EQ(type != nullptr, run != nullptr) << number;
         EXPECT_EQ(makeEffectUnit(number) != nullptr, type != nullptr) << number;
         if (type == nullptr) continue;
-        EXPECT_EQ(type->name, expected->name);
+        const std::string_view name = run->names[static_cast<std::size_t>(number - run->first)];
+        EXPECT_EQ(type->name, name);
         EXPECT_EQ(textOf([&](TextOut& out) { showEffectLabel(out, *type, -1); }),
-                  expected->shown.empty() ? expected->name : expected->shown);
+                  shown.contains(number) ? shown.at(number) : name);
         EXPECT_EQ(choice(storedEffectType(number), 128.9f), number);
     }
 }
@@ -247,30 +234,25 @@ TEST(Catalogue, PresetsHoldUsableTypesAndGapsAreEmpty) {
         EXPECT_NE(effectType(preset.type), nullptr) << preset.item;
         EXPECT_EQ(effectPreset(preset.item).name, preset.name);
     }
-    const struct {
-        int item, type;
-        std::string_view name;
-        int index;
-        float value;
-    } telling[] = {
+    // Item, type, name, and one telling value.
+    const std::tuple<int, int, std::string_view, std::size_t, float> telling[] = {
         {2, 0, "Reverb", 2, 0.2f},
         {14, 15, "Grain Delay", 6, 0.53f},
         {33, 70, "Vintage Filter", 11, 0.2f},
-        {49, 110, "Modulate L/R", 0, 1},
+        {49, 110, "Modulate L/R", 0, 1.0f},
         {98, 1, "GM Reverb", 6, 0.78f},
         {103, 1, "GM Medium Hall", 2, 0.225f},
         {104, 1, "GM Large Hall", 2, 0.225f},
-        {105, 128, "", 1, 0},
-        {108, 1, "GM Plate Reverb", 4, 1},
+        {105, 128, "", 1, 0.0f},
+        {108, 1, "GM Plate Reverb", 4, 1.0f},
         {115, 30, "GM Flanger", 5, 0.4f},
         {116, 128, "", 11, 0.5f},
-        {-1, 128, "", 0, 0.5f},
-    };
-    for (const auto& t : telling) {
-        const EffectPreset preset = effectPreset(t.item);
-        EXPECT_EQ(preset.type, t.type) << t.item;
-        EXPECT_EQ(preset.name, t.name) << t.item;
-        EXPECT_EQ(preset.values[static_cast<std::size_t>(t.index)], t.value) << t.item;
+        {-1, 128, "", 0, 0.5f}};
+    for (const auto& [item, type, name, index, value] : telling) {
+        const EffectPreset preset = effectPreset(item);
+        EXPECT_EQ(preset.type, type) << item;
+        EXPECT_EQ(preset.name, name) << item;
+        EXPECT_EQ(preset.values[index], value) << item;
     }
     EXPECT_EQ(firstPresetOf(1)->item, 3);
     EXPECT_EQ(firstPresetOf(8), nullptr);
@@ -403,10 +385,8 @@ void sound(Rig& rig, Random& random) {
 
 /// Sounds on for exactly its tail, tells so, then leaves the buffer alone until sound comes.
 void expectTailAtOnce(const EffectType& type, Rig& rig, Random& random) {
-    const auto* named = std::find_if(std::begin(catalogue), std::end(catalogue),
-                                     [&type](const Named& n) { return n.number == type.number; });
-    const auto samples =
-        static_cast<std::size_t>(named->tailSeconds > 0 ? rig.rate * named->tailSeconds : 200000);
+    const float seconds = runOf(type.number)->tailSeconds;
+    const auto samples = static_cast<std::size_t>(seconds > 0 ? rig.rate * seconds : 200000);
     for (int round = 0; round < 2; ++round) {
         Silence silence{rig};
         EXPECT_LE(int(silence.tells()) + int(silence.tells()), round == 0 ? 1 : 0);

@@ -1,64 +1,33 @@
 // What limiter, compressors, gate, distortions and the left-to-right modulator do to sound.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "effects/catalogue.h"
-#include "effects/effect_unit.h"
+#include "effects/effect_run.h"
 #include "measure/measure.h"
 
 namespace stratovane {
 namespace {
 
 using measure::Signal;
+using Settings = EffectRun::Values;
 
 constexpr float rate = 48000;
 constexpr int limiter = 90, compressor = 91, multiband = 92, punch = 93, gate = 95,
               distortion = 100, overdrive = 101, bitReduction = 102, ampSimulator = 103,
               tubeDrive = 104, waveshaper = 105, modulateLeftRight = 110;
 
-struct Setting {
-    int index;
-    float value;
-};
-using Settings = std::vector<Setting>;
-
-struct Rig {
-    KeySource keys;
-    std::unique_ptr<EffectUnit> unit;
-
-    Rig(int number, const Settings& settings) : unit{makeEffectUnit(number)} {
-        for (const Setting& s : settings) unit->setParameter(s.index, s.value);
-        unit->setKeySource(&keys);
-        unit->setSampleRate(rate);
-    }
-    /// Both channels, in blocks of 256.
-    std::pair<Signal, Signal> stereo(const Signal& left, const Signal& right) {
-        std::pair<Signal, Signal> out;
-        std::vector<StereoFrame> io;
-        for (std::size_t at = 0; at < left.size(); at += io.size()) {
-            io.resize(std::min<std::size_t>(256, left.size() - at));
-            for (std::size_t i = 0; i < io.size(); ++i) io[i] = {left[at + i], right[at + i]};
-            bool silent = false;
-            unit->process(io, 0, silent);
-            for (const StereoFrame& f : io) {
-                out.first.push_back(f.left);
-                out.second.push_back(f.right);
-            }
-        }
-        return out;
-    }
-    Signal mono(const Signal& x) { return stereo(x, x).first; }
+struct Rig : EffectRun {
+    Rig(int number, const Settings& settings) : EffectRun{number, settings, rate} {}
+    StereoSignal stereo(const Signal& left, const Signal& right) { return (*this)({left, right}); }
+    Signal mono(const Signal& x) { return (*this)(x).left; }
 };
 
 Signal sine(double hz, double amplitude, std::size_t size) {
-    Signal x(size);
-    for (std::size_t i = 0; i < size; ++i)
-        x[i] = static_cast<float>(amplitude * std::sin(2 * M_PI * hz * double(i) / double(rate)));
-    return x;
+    return stratovane::sine(size, hz / double(rate), amplitude);
 }
 Signal steady(float level, double seconds) {
     return Signal(static_cast<std::size_t>(seconds * double(rate)), level);
@@ -182,18 +151,21 @@ TEST(Dynamics, MultibandTreatsBandsApart) {
     EXPECT_NEAR(gainDb({{2, 0}, {3, 0}, {4, 0}}, 400, 0.1), 6.02 - 20.1, 0.5);
     EXPECT_LT(gainDb({{2, 0}, {3, 0.5f}, {4, 0}}, 400, 0.1), -12);
     // Loud lows take the lows back and leave the highs.
-    Rig rig{multiband, {{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}}};
+    const Settings driven{{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}};
+    Rig rig{multiband, driven};
     const Signal high = sine(9000, 0.01, 48000), low = sine(20, 0.8, 48000);
     Signal both = high;
     for (std::size_t i = 0; i < both.size(); ++i) both[i] += low[i];
     const double alone = level(rig.mono(high), 9000), with = level(rig.mono(both), 9000);
     EXPECT_NEAR(measure::decibels(with / alone), 0, 0.5);
-    const Settings driven{{2, 0.5f}, {3, 0.5f}, {4, 0}, {6, 0.5f}};
     EXPECT_LT(gainDb(driven, 20, 0.8), gainDb(driven, 20, 0.008) - 8);
 }
 
 // Harmonics of a 1 kHz sine, wet alone: level in dB; -200 stands for none (below -80 of the first).
 TEST(Distortions, Harmonics) {
+    const Settings cube{{0, 1}, {2, 0}, {3, 0.25f}, {4, 1}, {5, 0.5f}};
+    const Settings line{{0, 1}, {2, 0}, {3, 0.5f}, {4, 1}, {5, 0.5f}};
+    const Settings square{{0, 1}, {2, 1}, {3, 0.25f}, {4, 1}, {5, 0.5f}};
     const struct {
         const char* what;
         int number;
@@ -202,23 +174,11 @@ TEST(Distortions, Harmonics) {
         std::vector<double> harmonicsDb;
     } rows[] = {
         // The cube of a sine: 3/4 and 1/4, times out 0.5.
-        {"cube",
-         distortion,
-         {{0, 1}, {2, 0}, {3, 0.25f}, {4, 1}, {5, 0.5f}},
-         1,
-         {-8.52, -200, -18.06, -200}},
+        {"cube", distortion, cube, 1, {-8.52, -200, -18.06, -200}},
         // A line, times out.
-        {"line",
-         distortion,
-         {{0, 1}, {2, 0}, {3, 0.5f}, {4, 1}, {5, 0.5f}},
-         0.5,
-         {-12.04, -200, -200}},
+        {"line", distortion, line, 0.5, {-12.04, -200, -200}},
         // Driven by 60 dB: a square, here of 48 samples, two of which are its zeros.
-        {"square",
-         distortion,
-         {{0, 1}, {2, 1}, {3, 0.25f}, {4, 1}, {5, 0.5f}},
-         1,
-         {-3.93, -200, -13.58, -200, -18.22}},
+        {"square", distortion, square, 1, {-3.93, -200, -13.58, -200, -18.22}},
         // u^2 - 1/2 without bias: the octave at half the square, below 1/2 of it no bend.
         {"octave", overdrive, {{0, 1}, {2, 0}, {3, 0}, {4, 1}}, 0.7, {-200, -12.22, -200, -200}},
         // With bias the fundamental at 2 * bias * amplitude.
@@ -296,7 +256,7 @@ TEST(Distortions, WaveshaperFoldsAsMuchAtEveryLevel) {
     EXPECT_GT(harmonic(9, 2, 0.6f), 10 * harmonic(9, 2, 0.1f));
 }
 
-TEST(Distortions, TubeDriveClipsGlidesAndMakesMono) {
+TEST(Distortions, TubeDriveClipsAndGlides) {
     // Hard: gain 8 / 8 around the bias; a quarter is the rail. The lows of what it adds are cut.
     const Settings open{{0, 1}, {4, 0}, {5, 1}, {6, 0}};
     Rig rig{tubeDrive, open};
@@ -304,9 +264,7 @@ TEST(Distortions, TubeDriveClipsGlidesAndMakesMono) {
     EXPECT_NEAR(level(straight, 1000), 0.2, 0.01);
     EXPECT_LT(level(straight, 3000), 1e-4);
     const auto thirdDb = [&](float clip) {
-        Settings settings = open;
-        settings.push_back({3, clip});
-        Rig unit{tubeDrive, settings};
+        Rig unit{tubeDrive, {{0, 1}, {3, clip}, {4, 0}, {5, 1}, {6, 0}}};
         const Signal out = unit.mono(sine(1000, 0.2, 48000));
         return measure::decibels(level(out, 3000) / level(out, 1000));
     };
@@ -319,19 +277,20 @@ TEST(Distortions, TubeDriveClipsGlidesAndMakesMono) {
     const Signal tone = sine(1000, 0.001, 24000);
     Rig moving{tubeDrive, open};
     moving.mono(tone);
-    moving.unit->setParameter(2, 1);
+    moving.unit().setParameter(2, 1);
     const Signal arriving = moving.mono(tone);
     EXPECT_LT(measure::peak(Signal(arriving.begin(), arriving.begin() + 96)), 0.0025);
     EXPECT_NEAR(level(arriving, 1000), 0.0135, 0.0005);
-    // Mono takes the left input alone.
-    const Signal silence(48000, 0.0f), loud = sine(500, 0.3, 48000);
-    for (const bool stereo : {false, true}) {
-        Rig unit{tubeDrive, {{7, stereo ? 1.0f : 0.0f}}};
-        const auto [left, right] = unit.stereo(loud, silence);
-        EXPECT_EQ(left == right, !stereo);
-        EXPECT_GT(level(left, 500), 0.05);
-        EXPECT_EQ(level(right, 500) > 0.05, !stereo);
-    }
+}
+
+TEST(Distortions, MonoHearsAndStereoKeepsTheLeftAlone) {
+    const Signal none(48000, 0.0f), loud = sine(500, 0.3, 48000);
+    for (const auto& [number, index] : {std::pair{tubeDrive, 7}, {ampSimulator, 6}})
+        for (const float stereo : {0.0f, 1.0f}) {
+            const auto [left, right] = Rig{number, {{0, 1}, {index, stereo}}}.stereo(loud, none);
+            EXPECT_GT(level(left, 500), 0.01) << number;
+            EXPECT_NEAR(level(right, 500), stereo > 0 ? 0 : level(left, 500), 1e-6) << number;
+        }
 }
 
 TEST(AmpSimulator, ModelsHaveTheirCabinets) {
@@ -346,14 +305,11 @@ TEST(AmpSimulator, ModelsHaveTheirCabinets) {
         {-9.8, -27.7, -11.2, -14.2}, {-1.2, -13.5, -19.2, -23.2},  {-26.1, -10.2, -19.9, -16.3},
         {-7.4, -10.4, -18.6, -25.5}, {-68.4, -7.5, -27.7, -23.4},
     };
-    const struct {
-        double hz;
-        float treble;
-    } points[4] = {{100, 0.5f}, {1000, 0.5f}, {4000, 0.5f}, {8000, 1}};
+    const std::pair<double, float> points[4] = {{100, 0.5f}, {1000, 0.5f}, {4000, 0.5f}, {8000, 1}};
     for (int model = 0; model < 8; ++model)
         for (std::size_t p = 0; p < 4; ++p)
-            EXPECT_NEAR(gainDb(model, points[p].hz, points[p].treble), expected[model][p], 0.1)
-                << "model " << model << " at " << points[p].hz;
+            EXPECT_NEAR(gainDb(model, points[p].first, points[p].second), expected[model][p], 0.1)
+                << "model " << model << " at " << points[p].first;
 }
 
 TEST(AmpSimulator, KeyWakesAStringAtHalfItsPitch) {
@@ -379,11 +335,9 @@ TEST(AmpSimulator, KeyWakesAStringAtHalfItsPitch) {
     EXPECT_LT(measure::peak(ringing(fed)), 1e-6);  // nor without a key
 
     // At rest, a new key makes it run again, the key's end does not.
-    std::vector<StereoFrame> io(6000);
     const auto runs = [&] {
-        bool silent = true;
-        fed.unit->process(io, 0, silent);
-        return !silent;
+        fed(silence(6000), 6000, true);
+        return !fed.flag();
     };
     while (runs()) {
     }
@@ -395,16 +349,6 @@ TEST(AmpSimulator, KeyWakesAStringAtHalfItsPitch) {
     EXPECT_FALSE(runs());
 }
 
-TEST(AmpSimulator, StereoKeepsChannelsApart) {
-    const Signal silence(48000, 0.0f), loud = sine(500, 0.3, 48000);
-    for (const bool stereo : {false, true}) {
-        Rig unit{ampSimulator, {{0, 1}, {6, stereo ? 1.0f : 0.0f}}};
-        const auto [left, right] = unit.stereo(loud, silence);
-        EXPECT_GT(level(left, 500), 0.01);
-        EXPECT_NEAR(level(right, 500), stereo ? 0 : level(left, 500), 1e-6);
-    }
-}
-
 struct Modulator : Rig {
     Modulator(float mode, float smooth, float through = 0.5f, float mix = 1)
         : Rig{modulateLeftRight, {{0, mix}, {2, mode}, {3, smooth}, {4, 0}, {5, through}}} {}
@@ -412,28 +356,27 @@ struct Modulator : Rig {
 
 TEST(ModulateLeftRight, RingAndEnvelopes) {
     const Signal left = sine(300, 0.5, 96000), right = sine(2000, 0.4, 96000);
-    const Signal ring = Modulator{0, 0}.stereo(left, right).first;
+    const Signal ring = Modulator{0, 0}.stereo(left, right).left;
     for (const double hz : {1700.0, 2300.0}) EXPECT_NEAR(level(ring, hz), 0.1, 0.002);
     EXPECT_LT(level(ring, 2000), 1e-5);
     // Rising ten times faster than it falls, the follower of a sine stands near its peaks.
-    const Signal follow = Modulator{0.4f, 0.5f}.stereo(left, right).first;
+    const Signal follow = Modulator{0.4f, 0.5f}.stereo(left, right).left;
     EXPECT_NEAR(level(follow, 2000) / 0.4, 0.42, 0.03);
     const Signal silence(96000, 0.0f);
-    EXPECT_NEAR(level(Modulator{0.7f, 0.5f}.stereo(silence, right).first, 2000), 1.6, 0.01);
-    const Signal ducked = Modulator{0.7f, 0}.stereo(steady(2, 2), right).first;
+    EXPECT_NEAR(level(Modulator{0.7f, 0.5f}.stereo(silence, right).left, 2000), 1.6, 0.01);
+    const Signal ducked = Modulator{0.7f, 0}.stereo(steady(2, 2), right).left;
     EXPECT_LT(level(ducked, 2000), 1e-3);
 }
 
 TEST(ModulateLeftRight, DrySignalIsChosen) {
     const Signal left = sine(300, 0.5, 48000), right = sine(2000, 0.4, 48000);
-    const struct {
-        float through;
-        double leftOfLeft, leftOfRight;  // share of the left input in each output
-    } rows[] = {{0.1f, 0.75, 0.75}, {0.5f, 0.75, 0}, {0.9f, 0, 0}};
-    for (const auto& row : rows) {
-        const auto out = Modulator{0, 0.5f, row.through, 0.5f}.stereo(left, right);
-        EXPECT_NEAR(level(out.first, 300) / 0.5, row.leftOfLeft, 1e-3) << row.through;
-        EXPECT_NEAR(level(out.second, 300) / 0.5, row.leftOfRight, 1e-3) << row.through;
+    // Through, share of the left input in each output.
+    const std::tuple<float, double, double> rows[] = {
+        {0.1f, 0.75, 0.75}, {0.5f, 0.75, 0}, {0.9f, 0, 0}};
+    for (const auto& [through, ofLeft, ofRight] : rows) {
+        const auto out = Modulator{0, 0.5f, through, 0.5f}.stereo(left, right);
+        EXPECT_NEAR(level(out.left, 300) / 0.5, ofLeft, 1e-3) << through;
+        EXPECT_NEAR(level(out.right, 300) / 0.5, ofRight, 1e-3) << through;
     }
 }
 
@@ -443,7 +386,7 @@ TEST(ModulateLeftRight, VocoderSpeaksInEightOctaves) {
     for (float& x : carrier) x = 0.3f * random.bipolar();
     // A tone opens the band it lies in: where the carrier's noise comes through follows it.
     for (const double hz : {200.0, 800.0, 3200.0}) {
-        const Signal out = Modulator{0.9f, 0.3f}.stereo(sine(hz, 0.5, 96000), carrier).first;
+        const Signal out = Modulator{0.9f, 0.3f}.stereo(sine(hz, 0.5, 96000), carrier).left;
         const auto spectrum = measure::spectrum(out, rate);
         double best = 0, bestHz = 0;
         for (double from = 50; from < 12800; from *= 2) {
@@ -458,57 +401,32 @@ TEST(ModulateLeftRight, VocoderSpeaksInEightOctaves) {
     // Opened by noise the bands grow upward, and none cancels its neighbour between them.
     double below = -200;
     for (double hz = 60; hz < 2500; hz *= 1.26) {
-        const Signal out = Modulator{0.9f, 1}.stereo(carrier, sine(hz, 0.5, 96000)).first;
+        const Signal out = Modulator{0.9f, 1}.stereo(carrier, sine(hz, 0.5, 96000)).left;
         const double here = measure::decibels(level(out, hz));
         EXPECT_GT(here, below - 6) << hz;
         below = here;
     }
     Modulator rig{0.9f, 0.3f};
     const Signal silence(96000, 0.0f);
-    EXPECT_LT(measure::peak(rig.stereo(silence, carrier).first), 1e-6);
+    EXPECT_LT(measure::peak(rig.stereo(silence, carrier).left), 1e-6);
 }
 
 TEST(Dynamics, Displays) {
-    const struct {
-        int number, index;
-        float value;
-        std::string_view text;
-    } rows[] = {
-        {limiter, 2, 0.5f, "+15.0 dB"},
-        {compressor, 2, 0.5f, "-10.0 dB"},
-        {compressor, 3, 0.5f, "5.8 : 1"},
-        {multiband, 3, 0.25f, "75 : 25"},
-        {punch, 3, 1, "20.0 : 1"},
-        {punch, 4, 0, "0.01 ms"},
-        {punch, 5, 0.5f, "99.01 ms"},
-        {gate, 2, 1, "+0.0 dB"},
-        {distortion, 3, 0, "-100 %"},
-        {bitReduction, 2, 1, "66150 Hz"},
-        {bitReduction, 2, 0, "1470 Hz"},
-        {bitReduction, 3, 0.1f, "15 bit"},
-        {bitReduction, 3, 1, "6 bit"},
-        {bitReduction, 4, 0, "5.000 ms"},
-        {bitReduction, 5, 0.51f, "Compand"},
-        {ampSimulator, 2, 0.5f, "4x12"},
-        {ampSimulator, 2, 1, "Radio"},
-        {ampSimulator, 5, 0.25f, "Inv 50 %"},
-        {ampSimulator, 5, 0.75f, "50 %"},
-        {ampSimulator, 6, 0.5f, "Mono"},
-        {tubeDrive, 3, 0.5f, "Hard"},
-        {tubeDrive, 7, 1, "Stereo"},
-        {waveshaper, 3, 0.5f, "1.00 Hz"},
-        {modulateLeftRight, 2, 1, "Vocoder"},
-        {modulateLeftRight, 4, 0, "-20.0 dB"},
-        {modulateLeftRight, 5, 0.5f, "Stereo"},
-    };
-    for (const auto& row : rows) {
-        char buffer[64];
-        TextOut out{buffer};
-        EffectView view;
-        view.values[static_cast<std::size_t>(row.index)] = row.value;
-        showEffectValue(out, *effectType(row.number), row.index, view);
-        EXPECT_EQ(out.view(), row.text) << row.number << ", " << row.index;
-    }
+    expectShown({
+        {limiter, {{2, 0.5f, "+15.0 dB"}}},
+        {compressor, {{2, 0.5f, "-10.0 dB"}, {3, 0.5f, "5.8 : 1"}}},
+        {multiband, {{3, 0.25f, "75 : 25"}}},
+        {punch, {{3, 1, "20.0 : 1"}, {4, 0, "0.01 ms"}, {5, 0.5f, "99.01 ms"}}},
+        {gate, {{2, 1, "+0.0 dB"}}},
+        {distortion, {{3, 0, "-100 %"}}},
+        {bitReduction, {{2, 1, "66150 Hz"}, {2, 0, "1470 Hz"}, {3, 0.1f, "15 bit"}}},
+        {bitReduction, {{3, 1, "6 bit"}, {4, 0, "5.000 ms"}, {5, 0.51f, "Compand"}}},
+        {ampSimulator, {{2, 0.5f, "4x12"}, {2, 1, "Radio"}, {5, 0.25f, "Inv 50 %"}}},
+        {ampSimulator, {{5, 0.75f, "50 %"}, {6, 0.5f, "Mono"}}},
+        {tubeDrive, {{3, 0.5f, "Hard"}, {7, 1, "Stereo"}}},
+        {waveshaper, {{3, 0.5f, "1.00 Hz"}}},
+        {modulateLeftRight, {{2, 1, "Vocoder"}, {4, 0, "-20.0 dB"}, {5, 0.5f, "Stereo"}}},
+    });
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // One effect, set up and driven by a test.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
@@ -8,6 +10,8 @@
 #include <numbers>
 #include <span>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -17,6 +21,10 @@
 #include "measure/measure.h"
 
 namespace stratovane {
+
+/// A table of cases.
+template <class... T>
+using Rows = std::vector<std::tuple<T...>>;
 
 struct StereoSignal {
     measure::Signal left, right;
@@ -49,14 +57,17 @@ class EffectRun {
     EffectRun(int number, const Values& values, float rate = 48000)
         : rate_{rate}, unit_{makeEffectUnit(number)} {
         unit_->setSeed(7);
-        unit_->setKeySource(&keys_);
+        unit_->setKeySource(&keys);
         tempo(120);
+        set(values);
         unit_->setSampleRate(rate);
-        for (const auto& [index, value] : values) unit_->setParameter(index, value);
     }
     EffectUnit& unit() { return *unit_; }
     void set(int index, float value) { unit_->setParameter(index, value); }
-    void key(float pitch) { keys_.pitch = pitch; }
+    void set(const Values& values) {
+        for (const auto& [index, value] : values) set(index, value);
+    }
+    void key(float pitch) { keys.pitch = pitch; }
     void tempo(float beatsPerMinute) {
         beatsPerSample_ = static_cast<double>(beatsPerMinute) / (60.0 * static_cast<double>(rate_));
         unit_->setTempo(beatsPerMinute, beatsPerSample_);
@@ -79,13 +90,15 @@ class EffectRun {
         }
         return out;
     }
+    StereoSignal operator()(const measure::Signal& both) { return (*this)({both, both}); }
     /// The silence flag as the last block left it.
     bool flag() const { return flag_; }
     double beat() const { return beat_; }
 
+    KeySource keys;
+
   private:
     float rate_;
-    KeySource keys_;
     double beatsPerSample_ = 0, beat_ = 0;
     bool flag_ = false;
     std::unique_ptr<EffectUnit> unit_;
@@ -101,6 +114,21 @@ inline std::string shownEffectValue(int number, int index, const EffectRun::Valu
     TextOut out{text};
     showEffectValue(out, type, index, view);
     return std::string{out.view()};
+}
+
+/// Texts of a type's parameters at some values, all else at its defaults (so below 0, too).
+struct Shows {
+    int type;
+    std::vector<std::tuple<int, float, std::string_view>> texts;
+};
+inline void expectShown(const std::vector<Shows>& all) {
+    for (const auto& [type, texts] : all)
+        for (const auto& [index, value, text] : texts) {
+            EffectRun::Values values;
+            if (value >= 0) values.emplace_back(index, value);
+            EXPECT_EQ(shownEffectValue(type, index, values), text)
+                << effectType(type)->name << ", " << index;
+        }
 }
 
 }  // namespace stratovane

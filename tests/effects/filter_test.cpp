@@ -289,20 +289,11 @@ TEST(Filters, LfosRunAtTheirRates) {
         Values values;
         double hz;
     } const cases[] = {
-        {"ladder, sine",
-         vintageFilter,
-         {{0, 1}, {2, 0.5f}, {5, 0.5f}, {6, 0.7f}, {7, 0.5f}},
-         3.156},
-        {"wah",
-         wahPedal,
-         {{0, 1}, {2, 0.75f}, {3, 1}, {4, 0.5f}, {5, 1}, {6, 0.5f}, {7, 0.5f}},
-         4.472},
+        {"ladder", vintageFilter, {{0, 1}, {2, 0.5f}, {5, 0.5f}, {6, 0.7f}, {7, 0.5f}}, 3.156},
+        {"wah", wahPedal, {{0, 1}, {2, 0.75f}, {3, 1}, {4, 0.5f}, {5, 1}, {6, 0.5f}}, 4.472},
         {"wah, synced", wahPedal, {{0, 1}, {1, 1}, {2, 0.5f}, {3, 1}, {4, 0.5f}, {5, 1}}, 2},
         {"talk box", talkBox, {{0, 1}, {2, 1}, {3, 0.7f}, {4, 0.25f}, {5, 0.5f}}, 3.125},
-        {"talk box, synced",
-         talkBox,
-         {{0, 1}, {1, 1}, {2, 0.65f}, {3, 0.7f}, {4, 0.25f}, {5, 0.5f}},
-         4},
+        {"synced", talkBox, {{0, 1}, {1, 1}, {2, 0.65f}, {3, 0.7f}, {4, 0.25f}, {5, 0.5f}}, 4},
     };
     const Signal tone = sine(std::size_t{1} << 18, 1000.0 / double(rate), 0.05);
     for (const auto& c : cases) {
@@ -318,41 +309,20 @@ TEST(Filters, LfosRunAtTheirRates) {
 }
 
 TEST(Filters, ShowTheirValues) {
-    struct {
-        int type, index;
-        Values values;
-        const char* text;
-    } const cases[] = {
-        {shelfEq, 2, {{2, 0}}, "-12.0 dB"},
-        {parametricEq, 2, {{2, 1}}, "+20.0 dB"},
-        {parametricEq, 3, {}, "707 Hz"},
-        {parametricEq, 3, {{3, 1}}, "16.00 kHz"},
-        {parametricEq, 4, {}, "0.25 oct"},
-        {stereoWidth, 2, {{2, 1}}, "16.000 ms"},
-        {stereoWidth, 3, {}, "100 %"},
-        {stereoWidth, 7, {{7, 1}}, "Haas"},
-        {stereoEnhancer, 0, {{0, 1}}, "R x 10.00"},
-        {stereoEnhancer, 2, {}, "1000 Hz"},
-        {stereoEnhancer, 5, {{5, 1}}, "3"},
-        {stereoEnhancer, 6, {}, "-50"},
-        {vintageFilter, 2, {{2, 0}}, "54.6 Hz"},
-        {vintageFilter, 2, {{2, 1}}, "54.18 kHz"},
-        {vintageFilter, 4, {{4, 0.6f}}, "LP6 "},
-        {vintageFilter, 5, {{5, 1}}, "200.00 Hz"},
-        {vintageFilter, 6, {}, "S&H 100%"},
-        {vintageFilter, 8, {{8, 1}}, "LFO+Env"},
-        {vintageFilter, 11, {{11, 1}}, "Stereo"},
-        {wahPedal, 2, {}, "1.00 Hz"},
-        {wahPedal, 2, {{1, 1}, {2, 0}}, "8/4"},
-        {wahPedal, 3, {}, "   0 %"},
-        {wahPedal, 5, {{5, 1}}, "Mod Wah"},
-        {talkBox, 3, {{3, 1}}, "+100 %"},
-        {enhancer, 0, {{0, 1}}, "+18.0 dB"},
-        {enhancer, 2, {}, "7 kHz"},
-        {enhancer, 4, {}, "40 Hz"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(shownEffectValue(c.type, c.index, c.values), c.text) << c.type << ' ' << c.index;
+    expectShown({
+        {shelfEq, {{2, 0, "-12.0 dB"}}},
+        {parametricEq, {{2, 1, "+20.0 dB"}, {3, -1, "707 Hz"}, {3, 1, "16.00 kHz"}}},
+        {parametricEq, {{4, -1, "0.25 oct"}}},
+        {stereoWidth, {{2, 1, "16.000 ms"}, {3, -1, "100 %"}, {7, 1, "Haas"}}},
+        {stereoEnhancer, {{0, 1, "R x 10.00"}, {2, -1, "1000 Hz"}, {5, 1, "3"}, {6, -1, "-50"}}},
+        {vintageFilter, {{2, 0, "54.6 Hz"}, {2, 1, "54.18 kHz"}, {4, 0.6f, "LP6 "}}},
+        {vintageFilter, {{5, 1, "200.00 Hz"}, {6, -1, "S&H 100%"}, {8, 1, "LFO+Env"}}},
+        {vintageFilter, {{11, 1, "Stereo"}}},
+        {wahPedal, {{2, -1, "1.00 Hz"}, {3, -1, "   0 %"}, {5, 1, "Mod Wah"}}},
+        {talkBox, {{3, 1, "+100 %"}}},
+        {enhancer, {{0, 1, "+18.0 dB"}, {2, -1, "7 kHz"}, {4, -1, "40 Hz"}}},
+    });
+    EXPECT_EQ(shownEffectValue(wahPedal, 2, {{1, 1}, {2, 0}}), "8/4");
 }
 
 }  // namespace

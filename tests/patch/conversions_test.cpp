@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -279,46 +280,42 @@ TEST_F(Conversions, LetThePatchRuleOverMonoMode) {
 
 // Each sound controller bends what reads its destination, on receiving elements alone.
 TEST_F(Conversions, AreBentByMacros) {
+    const auto timeOf = [](float seconds) { return std::sqrt(seconds / 4); };
+    const auto& filter = sound.filterEnvelope;
+    const auto& amp = sound.ampEnvelope;
     const struct {
-        int controller;
-        std::vector<int> readers;
-        float (*read)(const E&, int index);
+        int controller, reader;
+        std::function<float()> read;
     } cases[] = {
-        {126, {98}, [](const E& c, int) { return c.wave; }},
-        {128, {106}, [](const E& c, int) { return (c.cutoff + 5.1272726f) / 6.931472f; }},
-        {129, {104}, [](const E& c, int) { return c.resonance; }},
-        {130, {110}, [](const E& c, int) { return (c.envelopeToCutoff / 6.931472f + 1) / 2; }},
-        {131, {111}, [](const E& c, int) { return std::sqrt(c.filterEnvelope.attackSeconds / 4); }},
-        {132,
-         {112, 115},
-         [](const E& c, int i) {
-             return std::sqrt(
-                 (i == 112 ? c.filterEnvelope.decaySeconds : c.filterEnvelope.releaseSeconds) / 4);
-         }},
-        {133, {126}, [](const E& c, int) { return std::sqrt(c.ampEnvelope.attackSeconds / 4); }},
-        {134, {127}, [](const E& c, int) { return std::sqrt(c.ampEnvelope.decaySeconds / 4); }},
-        {135, {130}, [](const E& c, int) { return std::sqrt(c.ampEnvelope.releaseSeconds / 4); }},
+        {126, 98, [&] { return sound.wave; }},
+        {128, 106, [&] { return (sound.cutoff + 5.1272726f) / 6.931472f; }},
+        {129, 104, [&] { return sound.resonance; }},
+        {130, 110, [&] { return (sound.envelopeToCutoff / 6.931472f + 1) / 2; }},
+        {131, 111, [&] { return timeOf(filter.attackSeconds); }},
+        {132, 112, [&] { return timeOf(filter.decaySeconds); }},
+        {132, 115, [&] { return timeOf(filter.releaseSeconds); }},
+        {133, 126, [&] { return timeOf(amp.attackSeconds); }},
+        {134, 127, [&] { return timeOf(amp.decaySeconds); }},
+        {135, 130, [&] { return timeOf(amp.releaseSeconds); }},
     };
     patch.initElement(1, ElementType::analog);
-    for (const auto& c : cases)
-        for (const int reader : c.readers) {
-            const auto changes = patch.element(1).changes();
-            patch.store(1, reader, 0.4f);
-            EXPECT_NEAR(c.read(sound, reader), 0.4f, 1e-5) << reader;
-            patch.store(0, c.controller, 0.25f);  // base -0.5: 0.75 v
-            EXPECT_NEAR(c.read(sound, reader), 0.3f, 1e-5) << reader;
-            patch.store(1, elementIndex::receive, 0.0f);
-            EXPECT_NEAR(c.read(sound, reader), 0.4f, 1e-5) << reader;
-            patch.store(0, c.controller, 0.6f);  // base 0.2: 0.96 v + 0.04
-            EXPECT_NEAR(c.read(sound, reader), 0.4f, 1e-5) << reader;
-            patch.store(1, elementIndex::receive, 1.0f);
-            EXPECT_NEAR(c.read(sound, reader), 0.424f, 1e-5) << reader;
-            if (reader == 98 || reader == 106) {
-                EXPECT_NE(patch.element(1).changes(), changes);
-            }
-            patch.store(0, c.controller, 0.5f);
-            EXPECT_NEAR(c.read(sound, reader), 0.4f, 1e-5) << reader;
-        }
+    for (const auto& [controller, reader, read] : cases) {
+        SCOPED_TRACE(reader);
+        const auto changes = patch.element(1).changes();
+        patch.store(1, reader, 0.4f);
+        EXPECT_NEAR(read(), 0.4f, 1e-5);
+        patch.store(0, controller, 0.25f);  // base -0.5: 0.75 v
+        EXPECT_NEAR(read(), 0.3f, 1e-5);
+        patch.store(1, elementIndex::receive, 0.0f);
+        EXPECT_NEAR(read(), 0.4f, 1e-5);
+        patch.store(0, controller, 0.6f);  // base 0.2: 0.96 v + 0.04
+        EXPECT_NEAR(read(), 0.4f, 1e-5);
+        patch.store(1, elementIndex::receive, 1.0f);
+        EXPECT_NEAR(read(), 0.424f, 1e-5);
+        EXPECT_TRUE((reader != 98 && reader != 106) || patch.element(1).changes() != changes);
+        patch.store(0, controller, 0.5f);
+        EXPECT_NEAR(read(), 0.4f, 1e-5);
+    }
 
     // Glide, and the LFO rates by their flags.
     const float glide = sound.glideCoefficient;
@@ -344,47 +341,35 @@ TEST_F(Conversions, AreBentByMacros) {
 }
 
 TEST_F(Conversions, BuildZones) {
+    const float four = std::sqrt(3.5f / 127.9f);  // steps wide
+    const float at48 = 48.5f / 127.9f, at50 = 50.5f / 127.9f, at60 = 60.5f / 127.9f;
+    const float at72 = 72.5f / 127.9f;
     const struct {
         float low, high, fade;
         std::vector<std::pair<int, int>> gains;
     } cases[] = {
         {0, 1, 0, {{0, 10000}, {127, 10000}}},
-        {48.5f / 127.9f, 72.5f / 127.9f, 0, {{47, 0}, {48, 10000}, {72, 10000}, {73, 0}}},
-        // Four steps wide.
-        {48.5f / 127.9f,
-         72.5f / 127.9f,
-         std::sqrt(3.5f / 127.9f),
-         {{44, 0},
-          {45, 2500},
-          {46, 5000},
-          {47, 7500},
-          {48, 10000},
-          {73, 7500},
-          {75, 2500},
-          {76, 0}}},
+        {at48, at72, 0, {{47, 0}, {48, 10000}, {72, 10000}, {73, 0}}},
+        {at48, at72, four, {{44, 0}, {45, 2500}, {46, 5000}, {47, 7500}, {48, 10000}}},
+        {at48, at72, four, {{73, 7500}, {75, 2500}, {76, 0}}},
         // Low above high: all but the gap, faded into from both sides.
-        {60.5f / 127.9f, 50.5f / 127.9f, 0, {{50, 10000}, {51, 0}, {59, 0}, {60, 10000}}},
-        {60.5f / 127.9f,
-         50.5f / 127.9f,
-         std::sqrt(3.5f / 127.9f),
-         {{50, 10000}, {51, 7500}, {54, 0}, {55, 0}, {57, 2500}, {59, 7500}, {60, 10000}}},
+        {at60, at50, 0, {{50, 10000}, {51, 0}, {59, 0}, {60, 10000}}},
+        {at60, at50, four, {{50, 10000}, {51, 7500}, {54, 0}, {55, 0}, {57, 2500}, {59, 7500}}},
         // As wide as can be: 10000 / 128 a step.
         {1, 1, 1, {{127, 10000}, {126, 9922}, {0, 94}}},
     };
     const int firstRows[] = {global::keyLow, global::velocityMin, elementIndex::keyLow,
                              elementIndex::velocityLow};
+    const ZoneTable* tables[] = {&controls.keyGain, &controls.velocityGain, &sound.keyGain,
+                                 &sound.velocityGain};
     for (const auto& c : cases)
         for (int table = 0; table < 4; ++table) {
             const int element = table / 2, first = firstRows[table];
             patch.store(element, first, c.low);
             patch.store(element, first + 1, c.high);
             patch.store(element, first + 2, c.fade);
-            const ZoneTable& gains = table == 0   ? controls.keyGain
-                                     : table == 1 ? controls.velocityGain
-                                     : table == 2 ? sound.keyGain
-                                                  : sound.velocityGain;
             for (const auto& [at, gain] : c.gains)
-                EXPECT_EQ(gains[static_cast<std::size_t>(at)], gain) << c.low << " at " << at;
+                EXPECT_EQ((*tables[table])[static_cast<std::size_t>(at)], gain) << c.low << at;
         }
 }
 
@@ -393,31 +378,29 @@ TEST_F(Conversions, ChoosePianoLayers) {
     patch.store(1, elementIndex::item, 40.5f / 128.9f);
     // By quality: set of modes 1, 2 (with "Sustain"), 5 (on "Model 2"), 8 (there with "Always").
     const int sets[3][4] = {{8, 12, 10, 14}, {7, 11, 9, 13}, {0, 2, 1, 3}};
+    // Modes that sound, by model and resonance.
+    const std::string_view sounding[] = {"0139", "01239", "01349", "0579", "05679", "05789"};
     for (int quality = 0; quality < 3; ++quality) {
         patch.store(0, global::pianoMode, static_cast<float>(quality) / 2);
         for (int r = 0; r < 6; ++r) {
             patch.store(0, global::pianoModel, r < 3 ? 0.0f : 1.0f);
             patch.store(0, global::pianoResonance, static_cast<float>(r % 3) / 2);
             EXPECT_EQ(controls.pianoVariant, 6 * quality + r);
-            const auto& s = sets[quality];
-            const int expected[] = {40,
-                                    r < 3 ? s[0] : 128,
-                                    r == 1 ? s[1] : 128,
-                                    r < 3 ? 40 : 128,
-                                    r == 2 ? s[1] : 128,
-                                    r >= 3 ? s[2] : 128,
-                                    r == 4 ? s[3] : 128,
-                                    r >= 3 ? 40 : 128,
-                                    r == 5 ? s[3] : 128,
-                                    40};
+            const auto& [one, two, five, eight] = sets[quality];
+            const int layers[] = {40, one, two, 40, two, five, eight, 40, eight, 40};
+            const auto expected = [&](int mode) {
+                const bool sounds =
+                    sounding[r].find(static_cast<char>('0' + mode)) != std::string_view::npos;
+                return sounds ? layers[mode] : 128;
+            };
             for (int mode = 0; mode < 10; ++mode) {
-                EXPECT_EQ(pianoLayer(mode, 40, controls.pianoVariant), expected[mode]);
+                EXPECT_EQ(pianoLayer(mode, 40, controls.pianoVariant), expected(mode));
                 EXPECT_EQ(pianoLayer(mode, 128, controls.pianoVariant), 128);
             }
             // The element follows its own mode, and the patch's variant in every round.
-            EXPECT_EQ(sound.sample.set, expected[r == 0 && quality == 0 ? 0 : 1]);
+            EXPECT_EQ(sound.sample.set, expected(r == 0 && quality == 0 ? 0 : 1));
             patch.store(1, elementIndex::velocityMapMode, 1.5f / 15.9f);
-            EXPECT_EQ(sound.sample.set, expected[1]);
+            EXPECT_EQ(sound.sample.set, expected(1));
         }
     }
 }
