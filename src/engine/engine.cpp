@@ -84,11 +84,9 @@ void Engine::idle() {
         master_.renewEffects();
     }
     shared_.retired.tick(shared_.epoch);
-    // Compared as a difference, so that a wrapping count of blocks deletes nothing too early.
-    if (static_cast<std::int32_t>(blocks_ - retireAt_) > 0 && !dead_.empty()) {
+    // All that may go: a combi leaves sixteen at once.
+    while (dead_.deleteOldest(blocks_))
         trace_.write(TraceLevel::patch, "Engine::idle() - deleting old patch");
-        dead_.deleteOldest();
-    }
     if (const std::int32_t retiring = retiringCount_; retiring != tracedRetiring_) {
         tracedRetiring_ = retiring;
         trace_.write(TraceLevel::patch, "%d dead patches", retiring);

@@ -73,7 +73,7 @@ class Engine {
     /// Releases every voice of a part, retiring instances included.
     void allSoundOff(int part);
 
-    /// One part's idle step, and the deletion of one instance that went silent three blocks ago.
+    /// One part's idle step, and the deletion of the instances that went silent three blocks ago.
     void idle();
     /// Whether something waits for idle or for the next block.
     bool busy() const;
@@ -125,7 +125,6 @@ class Engine {
     Shared<std::int32_t> retireAll_{0};  // blocks the countdown still runs
     Shared<bool> overloadReported_{false};
     Shared<std::uint32_t> blocks_{0};        // blocks rendered, wraps
-    Shared<std::uint32_t> retireAt_{0};      // no instance is deleted before this block has passed
     Shared<std::int32_t> retiringCount_{0};  // retiring instances rendered in the last block
     Shared<std::int32_t> highestVoices_{0};
     ArpeggiatorLog log_;

@@ -70,11 +70,10 @@ void Engine::render(const RenderBlock& block, Transport& transport) {
     } while (from < block.frames);
     int voices = 0;
     for (auto& chain : chains_) {
-        chain->retireLast(dead_, [this](const PartEngine& instance, bool first) {
-            const bool goes = !instance.sounding() || retireAll_ > 0 || !first;
-            if (goes) retireAt_ = blocks_ + keepDeadBlocks;
-            return goes;
-        });
+        chain->retireLast(dead_, blocks_ + keepDeadBlocks,
+                          [this](const PartEngine& instance, bool first) {
+                              return !instance.sounding() || retireAll_ > 0 || !first;
+                          });
         for (ChainNode* node = chain->head(); node != nullptr; node = node->older)
             voices += node->instance->voiceCount();
     }

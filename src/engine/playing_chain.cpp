@@ -1,5 +1,7 @@
 #include "engine/playing_chain.h"
 
+#include <utility>
+
 namespace stratovane {
 
 DeadList::~DeadList() {
@@ -10,15 +12,13 @@ DeadList::~DeadList() {
     }
 }
 
-bool DeadList::deleteOldest() {
+bool DeadList::deleteOldest(std::uint32_t blocks) {
+    ChainNode* oldest = head_->instance ? head_ : head_->next.read();
+    if (oldest == nullptr || static_cast<std::int32_t>(blocks - oldest->keptUntil) <= 0)
+        return false;
     // The last node stays, emptied: the audio thread may be about to append to it.
-    if (!head_->instance) {
-        ChainNode* next = head_->next.read();
-        if (next == nullptr) return false;
-        delete head_;
-        head_ = next;
-    }
-    head_->instance.reset();
+    if (oldest != head_) delete std::exchange(head_, oldest);
+    oldest->instance.reset();
     return true;
 }
 

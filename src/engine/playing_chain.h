@@ -1,6 +1,7 @@
 // The instances of one part: what is handed over, what plays, what retires.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "base/published.h"
@@ -15,6 +16,7 @@ struct ChainNode {
     bool forMessage = false;               // a MIDI message asked for it
     Published<ChainNode> next;             // in the hand-over list, later in the dead list
     ChainNode* older = nullptr;            // in the playing chain. Audio thread
+    std::uint32_t keptUntil = 0;           // number of a block; set before it joins the dead list
 };
 
 /// Instances that no longer sound, waiting to be deleted.
@@ -26,14 +28,16 @@ class DeadList {
     DeadList(const DeadList&) = delete;
     DeadList& operator=(const DeadList&) = delete;
 
-    void append(ChainNode* node) {
+    /// To be kept until a block has passed.
+    void append(ChainNode* node, std::uint32_t block) {
+        node->keptUntil = block;
         node->next.publish(nullptr);
         tail_->next.publish(node);
         tail_ = node;
     }
-    /// Deletes the oldest instance, if any; answers whether there was one.
-    bool deleteOldest();
-    bool empty() const { return !head_->instance && head_->next.read() == nullptr; }
+    /// Deletes the oldest instance, if its block has passed after so many; answers whether. The
+    /// count may wrap.
+    bool deleteOldest(std::uint32_t blocks);
 
   private:
     ChainNode* head_;  // UI thread; a node whose instance is gone already, or the oldest
@@ -60,7 +64,7 @@ class PlayingChain {
     ChainNode* head() const { return head_; }
     /// Unlinks the last node when it may go (`mayGo`), at most one a call. Audio thread.
     template <class MayGo>
-    void retireLast(DeadList& dead, MayGo mayGo) {
+    void retireLast(DeadList& dead, std::uint32_t keptUntil, MayGo mayGo) {
         ChainNode* before = head_;
         if (before->older == nullptr) return;
         while (before->older->older != nullptr) before = before->older;
@@ -68,7 +72,7 @@ class PlayingChain {
         const bool first = before == head_;
         if (!mayGo(*last->instance, first)) return;
         before->older = nullptr;
-        dead.append(last);
+        dead.append(last, keptUntil);
     }
 
     /// Every instance there is, waiting ones included. Nothing may render meanwhile.

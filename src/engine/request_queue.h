@@ -23,6 +23,8 @@ struct Request {
     } kind = Kind::loadCombi;
     std::int32_t argument = 0;
     float value = 0;
+
+    bool loadsAllParts() const { return kind == Kind::loadCombi || kind == Kind::resetGeneralMidi; }
 };
 
 /// Threads: any pushes; the UI thread pops, and says when it has done what it popped.

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "automation/host_parameters.h"
@@ -171,6 +172,7 @@ class Synth : public HostPluginBase, protected Instrument, private SetupListener
     bool inside_ = false;            // a message box may let the host call in again
     std::int32_t selectedPart_ = 0;  // whose preset chunks are meant
     std::uint32_t handledRequests_ = 0;
+    std::optional<Request> heldRequest_;  // popped, but not carried out yet
 };
 
 }  // namespace stratovane

@@ -1,5 +1,8 @@
 // The UI thread's idle call: programs, requests, and what the engine leaves to be done.
 
+#include <optional>
+#include <utility>
+
 #include "engine/engine.h"
 #include "host/synth.h"
 #include "patch/parameter_ids.h"
@@ -19,7 +22,7 @@ std::int32_t Synth::fxIdle() {
         partsChanged();
     }
     handleRequests();
-    loadWaitingPrograms();
+    if (!heldRequest_) loadWaitingPrograms();
     engine_->idle();
     multi_.libraryState = library_.idle();
     trace_.flush();
@@ -27,9 +30,20 @@ std::int32_t Synth::fxIdle() {
 }
 
 void Synth::handleRequests() {
-    // What comes meanwhile waits for the next call: messages may ask faster than combis load.
-    Request request;
-    for (std::uint32_t n = multi_.requests.count(); n > 0 && multi_.requests.pop(request); --n) {
+    // Messages may ask faster than combis load: one a call, with what came behind it, and the next
+    // one waits until the patches that it replaces can be deleted.
+    bool loaded = false;
+    for (std::uint32_t n = multi_.requests.count(); n > 0; --n) {
+        Request request;
+        if (heldRequest_)
+            request = *std::exchange(heldRequest_, std::nullopt);
+        else if (!multi_.requests.pop(request))
+            break;
+        if (loaded && request.loadsAllParts()) {
+            heldRequest_ = request;
+            break;
+        }
+        loaded = loaded || request.loadsAllParts();
         generalMidi_.carryOut(*engine_, request);
         if (request.kind == Request::Kind::resetGeneralMidi) finishReset();
         multi_.requests.done();
