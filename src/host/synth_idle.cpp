@@ -30,20 +30,21 @@ std::int32_t Synth::fxIdle() {
 }
 
 void Synth::handleRequests() {
-    // Messages may ask faster than combis load: one a call, with what came behind it, and the next
-    // one waits until the patches that it replaces can be deleted.
-    bool loaded = false;
+    // Messages may ask faster than combis load: beyond a few a call the next one waits until the
+    // patches that it replaces can be deleted.
+    constexpr int mostLoads = 8;
+    int loads = 0;
     for (std::uint32_t n = multi_.requests.count(); n > 0; --n) {
         Request request;
         if (heldRequest_)
             request = *std::exchange(heldRequest_, std::nullopt);
         else if (!multi_.requests.pop(request))
             break;
-        if (loaded && request.loadsAllParts()) {
+        if (loads == mostLoads && request.loadsAllParts()) {
             heldRequest_ = request;
             break;
         }
-        loaded = loaded || request.loadsAllParts();
+        if (request.loadsAllParts()) ++loads;
         generalMidi_.carryOut(*engine_, request);
         if (request.kind == Request::Kind::resetGeneralMidi) finishReset();
         multi_.requests.done();
