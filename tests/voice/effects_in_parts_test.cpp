@@ -67,6 +67,17 @@ struct Rig {
     }
 };
 
+// Its voice used to wait and then play a tick from long ago, from beyond the tick's samples.
+TEST(EffectsInParts, AnElementThatBecomesAnEffectEndsItsVoices) {
+    Rig rig;
+    rig.note(60, 100);
+    rig.render();
+    ASSERT_EQ(rig.part.voiceCount(), 1);
+    rig.patch().store(1, elementIndex::type, 0);
+    rig.render();
+    EXPECT_EQ(rig.part.voiceCount(), 0);
+}
+
 TEST(EffectsInParts, ProcessWhatIsBeforeThem) {
     Rig plain, shaped, muted, before;
     shaped.chooseEffect(2, waveshaper);
