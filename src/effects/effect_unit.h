@@ -75,7 +75,6 @@ class EffectUnit {
     double beatsPerSample() const { return beatsPerSample_; }
     /// Tail from now on, for types whose tail follows a line or a parameter.
     void setTail(std::int32_t samples) { tailSamples_ = samples; }
-    std::int32_t tailSamples() const { return tailSamples_; }
     Random& random() { return random_; }
     const KeySource* keys() const { return keys_; }
     KeySource* keyRecord() { return keys_; }

@@ -59,7 +59,6 @@ class PlayingChain {
 
     /// Takes over one waiting instance; null when there was none. Audio thread.
     ChainNode* adopt();
-    bool handOverWaits() const { return handOver_->next.read() != nullptr; }
     /// The playing instance; those behind it retire. Audio thread.
     ChainNode* head() const { return head_; }
     /// Unlinks the last node when it may go (`mayGo`), at most one a call. Audio thread.

@@ -27,12 +27,6 @@ std::string numbered(int number, const char* behind) {
     return text;
 }
 
-const char* formatName(SampleFormat format) {
-    for (const FormatName& row : formatNames)
-        if (row.format == format) return row.name;
-    return "";
-}
-
 class Extraction {
   public:
     Extraction(const std::string& path, const std::string& folder) : path_{path}, folder_{folder} {}

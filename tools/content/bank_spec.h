@@ -16,6 +16,13 @@ struct FormatName {
 inline constexpr FormatName formatNames[] = {{"pcm16", SampleFormat::pcm16},
                                              {"float", SampleFormat::float32},
                                              {"delta", SampleFormat::delta}};
+
+/// Empty for no format.
+inline const char* formatName(SampleFormat format) {
+    for (const FormatName& row : formatNames)
+        if (row.format == format) return row.name;
+    return "";
+}
 struct BankKindName {
     const char* name;
     ContentKind kind;

@@ -26,12 +26,6 @@ std::string shown(double value, int digits = 3) {
     return text;
 }
 
-const char* formatName(SampleFormat format) {
-    for (const FormatName& row : formatNames)
-        if (row.format == format) return row.name;
-    return "";
-}
-
 void showSampleItem(const std::string& path, FileRange range) {
     const auto bytes = readFilePart(path, range.offset, range.size);
     ContentFault fault{0, "it leaves the file"};
